@@ -1,0 +1,99 @@
+#pragma once
+// Arrays: families of properties indexed by one integer set (VX_BASE_I) or one string set
+// (VX_BASE_S). Elements are made by NewElement, which the generated array template provides,
+// and are owned by the array. Re-dimensioning keeps the elements whose index survives.
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "zorexp/sets.hpp"
+#include "zorexp/type.hpp"
+
+class VX_Matrix : public VX_Type {
+public:
+    ~VX_Matrix() override;
+    bool IsAnArray() const override { return true; }
+    // Makes one element (with its properties constructed); the array takes ownership.
+    virtual VX_Type* NewElement() = 0;
+    // Creates the elements for all members of the current index set.
+    virtual void NewElements() = 0;
+    // Creates one element named by its index text, when the index is a member of the set.
+    virtual VX_Type* CreateMissingArrayElement(const char* indexText) = 0;
+    // Index text of the element at a position ("0", "A", "A,1").
+    virtual std::string IndexText(int position) const = 0;
+
+    int Size() const { return static_cast<int>(m_elements.size()); }
+    VX_Type* At(int position) const { return m_elements[static_cast<std::size_t>(position)]; }
+    int Dimensions() const override { return 1; }
+
+protected:
+    VX_Matrix() = default;
+    VX_Matrix(const VX_Matrix&) = delete;
+    VX_Matrix& operator=(const VX_Matrix&) = delete;
+    VX_Type* Adopt(VX_Type* element, int position);
+    void ClearElements();
+
+    std::vector<VX_Type*> m_elements;  // in set order; null where not created
+};
+
+class VX_BASE_I : public VX_Matrix {
+public:
+    // Sizes the array over an integer set.
+    void SetDim(const VX_INTEGERSET& set) { SetDim(set.Shared()); }
+    void SetDim(std::shared_ptr<const VX_IntSetData> set);
+    void NewElements() override;
+    VX_Type* CreateMissingArrayElement(const char* indexText) override;
+    std::string IndexText(int position) const override;
+
+    // Element for an index; null when the index is not in the set.
+    VX_Type* Find(int index) const {
+        if (m_contiguous) {
+            const long off = static_cast<long>(index) - m_low;
+            return (off >= 0 && off < static_cast<long>(m_elements.size())) ? m_elements[static_cast<std::size_t>(off)] : nullptr;
+        }
+        return FindSlow(index);
+    }
+    const VX_IntSetData& IndexSet() const { return *m_set; }
+
+protected:
+    VX_BASE_I() : m_set(std::make_shared<VX_IntSetData>()) {}
+    // Element for an index, or a std::out_of_range naming the array and index.
+    VX_Type& Get(int index) const {
+        VX_Type* e = Find(index);
+        if (!e) ThrowMissing(index);
+        return *e;
+    }
+
+private:
+    VX_Type* FindSlow(int index) const;
+    [[noreturn]] void ThrowMissing(int index) const;
+    std::shared_ptr<const VX_IntSetData> m_set;
+    bool m_contiguous = true;
+    int m_low = 0;
+};
+
+class VX_BASE_S : public VX_Matrix {
+public:
+    void SetDim(const VX_STRINGSET& set) { SetDim(set.Shared()); }
+    void SetDim(const VX_StrSetValue& set) { SetDim(set.Shared()); }
+    void SetDim(std::shared_ptr<const VX_StrSetData> set);
+    void NewElements() override;
+    VX_Type* CreateMissingArrayElement(const char* indexText) override;
+    std::string IndexText(int position) const override;
+
+    // Element for an index text (compared without regard to case); null when absent.
+    VX_Type* Find(const char* index) const;
+    // Element at an iterator's position when the iterator walks this array's set: no lookup.
+    VX_Type* FindAt(int position) const {
+        return (position >= 0 && position < Size()) ? m_elements[static_cast<std::size_t>(position)] : nullptr;
+    }
+    const VX_StrSetData& IndexSet() const { return *m_set; }
+
+protected:
+    VX_BASE_S() : m_set(std::make_shared<VX_StrSetData>()) {}
+    VX_Type& Get(const char* index) const;
+    VX_Type& GetAt(const VX_StringSetIter& it) const;
+
+private:
+    std::shared_ptr<const VX_StrSetData> m_set;
+};

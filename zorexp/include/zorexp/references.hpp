@@ -1,0 +1,71 @@
+#pragma once
+// References to objects that live elsewhere: global parameters shared by a flowsheet,
+// external objects linked by the runtime, and virtual members whose object is chosen later.
+#include <string>
+
+#include "zorexp/session.hpp"
+#include "zorexp/type.hpp"
+
+class VX_GlobalBase : public VX_Type {
+public:
+    // Registers a global reference under its name and links it to the session's global.
+    static VX_Type* AddProperty(VX_GlobalBase* member, VX_Type* owner, const char* name,
+                                const char* description, int flags, int reserved);
+    virtual VX_HRESULT GlobalLink(const char* name) = 0;
+    VX_Type* Target() const { return m_target; }
+
+protected:
+    VX_Type* m_target = nullptr;
+};
+
+// A reference to the global parameter of type T with the registered name.
+template <class T>
+class VX_Global : public VX_GlobalBase {
+public:
+    VX_Global() = default;
+    VX_HRESULT GlobalLink(const char* name) override {
+        m_target = &VX_Session::Current().template Global<T>(name);
+        return VX_S_OK;
+    }
+    T& operator*() const { return *static_cast<T*>(m_target); }
+    T* operator->() const { return static_cast<T*>(m_target); }
+};
+
+class VX_ExternalBase : public VX_Type {
+public:
+    static VX_Type* AddProperty(VX_ExternalBase* member, VX_Type* owner, const char* name,
+                                const char* description, int flags, int reserved);
+    // The container id the linked object is checked against.
+    virtual const char* ExternalTypeName() const = 0;
+    // Links the reference to an object; refused (VX_E_WRONGKIND) when the object does not
+    // derive from ExternalTypeName().
+    VX_HRESULT ExternalLink(VX_Type* object);
+    VX_Type* Target() const { return m_target; }
+    bool IsLinked() const { return m_target != nullptr; }
+
+protected:
+    VX_Type* m_target = nullptr;
+};
+
+class VX_VirtualBase : public VX_Type {
+public:
+    ~VX_VirtualBase() override;
+    static VX_Type* AddProperty(VX_VirtualBase* member, VX_Type* owner, const char* name,
+                                const char* description, int flags, int reserved);
+    virtual const char* VirtualBaseType() const = 0;
+    virtual VX_Type* NewDefaultVirtual() = 0;
+    // Places an object (owned from then on) in the virtual member; refused when it does not
+    // derive from VirtualBaseType().
+    VX_HRESULT SetVirtual(VX_Type* object);
+    // Makes the default object when none was chosen.
+    VX_HRESULT VirtualLink();
+    void InitializeSystemAttributes() {}
+    VX_Type* Target() const { return m_target; }
+
+protected:
+    VX_Type* m_target = nullptr;
+};
+
+// Container id of runtime types, used by references to check what they are linked to.
+const char* VX_RealVariableContainerId();
+const char* VX_MatrixContainerId();

@@ -1,0 +1,88 @@
+#pragma once
+// VX_Session: the state the runtime keeps for one flowsheet: solver numbering of rows and
+// columns, the global parameters shared by all blocks, and the named component lists.
+// One session is current at a time; VX_Session::Current() always yields one.
+#include <map>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "zorexp/text.hpp"
+#include "zorexp/value.hpp"
+
+class VX_Type;
+class VX_Variable;
+
+struct VX_ComponentListData {
+    std::string name;
+    std::shared_ptr<const VX_StrSetData> components;
+    std::map<std::string, SUValue> options;   // list options such as "KBASE" (keys upper case)
+};
+
+class VX_Session {
+public:
+    VX_Session();
+    ~VX_Session();
+    VX_Session(const VX_Session&) = delete;
+    VX_Session& operator=(const VX_Session&) = delete;
+
+    static VX_Session& Current();
+    // Makes s current (null: back to the built-in session). Returns the previous one.
+    static VX_Session* MakeCurrent(VX_Session* s);
+
+    // --- numbering for a pattern pass
+    // Forgets row and column numbers and resets the group counter.
+    void ResetNumbering();
+    int NextRow() { return m_rows++; }
+    int RowCount() const { return m_rows; }
+    int ColumnOf(VX_Variable& v);   // numbers the variable on first use
+    const std::vector<VX_Variable*>& Columns() const { return m_columns; }
+    void ForgetVariable(VX_Variable& v);   // a numbered variable is being destroyed
+
+    // --- global parameters, one object per name (case-insensitive)
+    template <class T>
+    T& Global(const char* name) {
+        std::string key = Key(name);
+        auto it = m_globals.find(key);
+        if (it == m_globals.end())
+            it = m_globals.emplace(key, Owned{new T(true), [](VX_Type* p) { delete static_cast<T*>(p); }}).first;
+        return *static_cast<T*>(it->second.object);
+    }
+    VX_Type* FindGlobal(const char* name) const;
+    std::vector<std::pair<std::string, VX_Type*>> Globals() const;
+
+    // --- component lists; the first defined is the default
+    void DefineComponentList(const std::string& name, std::vector<std::string> components,
+                             std::map<std::string, SUValue> options = {});
+    const VX_ComponentListData* FindComponentList(const std::string& name) const;
+    const VX_ComponentListData* DefaultComponentList() const;
+
+    // --- dependency recording of v(): counts reads while a recorder is active
+    void BeginRecording() { m_recording = true; m_reads = 0; }
+    long EndRecording() { m_recording = false; return m_reads; }
+    void NoteRead() { if (m_recording) ++m_reads; }
+
+    // --- expression tape, kept only when enabled (it costs memory per equation)
+    void SetRecordExpressions(bool on) { m_recordExpressions = on; }
+    bool RecordExpressions() const { return m_recordExpressions; }
+    struct ExprItem { int eqn; int op; };   // op < 0: a term
+    void Record(int eqn, int op) { if (m_recordExpressions) m_tape.push_back({eqn, op}); }
+    const std::vector<ExprItem>& Tape() const { return m_tape; }
+
+private:
+    struct Owned {
+        VX_Type* object;
+        void (*destroy)(VX_Type*);
+    };
+    static std::string Key(const char* name);
+
+    int m_rows = 0;
+    std::vector<VX_Variable*> m_columns;
+    std::unordered_map<std::string, Owned> m_globals;
+    std::vector<VX_ComponentListData> m_lists;
+    bool m_recording = false;
+    long m_reads = 0;
+    bool m_recordExpressions = false;
+    std::vector<ExprItem> m_tape;
+};

@@ -1,0 +1,102 @@
+#pragma once
+// VX_VarParam: common ground of variables, parameters and sets: what kind of value it holds,
+// who last assigned each attribute, and access to its attributes as properties.
+#include <cstdint>
+
+#include "zorexp/type.hpp"
+#include "zorexp/value.hpp"
+
+// Attributes of variables and parameters that can be addressed as properties.
+enum VX_Attr : std::uint8_t { VX_ATTR_VALUE = 0, VX_ATTR_SPEC = 1, VX_ATTR_LOWER = 2, VX_ATTR_UPPER = 3, VX_ATTR_COUNT = 4 };
+
+// Who set an attribute last.
+enum VX_Source : std::uint8_t { VX_SRC_DEFAULT = 0, VX_SRC_MODEL = 1, VX_SRC_USER = 2 };
+
+class VX_VarParam;
+
+// Handle to one attribute of a variable or parameter; the target of assignments.
+class VX_VarParamProp {
+public:
+    VX_VarParamProp(VX_VarParam& target, VX_Attr attr) : m_target(&target), m_attr(attr) {}
+    // Assigns the value under the precedence rules: a user value is never overwritten by a
+    // model assignment; among model assignments a higher or equal level replaces a lower one.
+    // A value of the wrong kind, outside a valid set or below an integer lower bound is refused
+    // and the attribute keeps its previous value. Throws nothing.
+    VX_AssignStatus Assign(const VX_Value* value) const;
+    // Sets the current value without recording an assignment (used by solvers).
+    VX_HRESULT SetCurrentValue(const VX_Value* value) const;
+    // True while the attribute holds its type's default (nobody assigned it).
+    bool IsDefaultAssignment() const;
+    VX_VarParam& Target() const { return *m_target; }
+    VX_Attr Attr() const { return m_attr; }
+
+private:
+    VX_VarParam* m_target;
+    VX_Attr m_attr;
+};
+using VX_RealVarParamProp = VX_VarParamProp;
+using VX_LogicalVarParamProp = VX_VarParamProp;
+using VX_SpecVarParamProp = VX_VarParamProp;
+using VX_SetVarParamProp = VX_VarParamProp;
+
+class VX_VarParam : public VX_Type {
+public:
+    enum Kind : std::uint8_t { RealVariable, IntegerParameter, RealParameter, StringParameter,
+                               LogicalParameter, IntegerSet, StringSet };
+
+    Kind GetKind() const { return m_kind; }
+    const char* KindName() const;
+
+    VX_VarParamProp VALUE() { return {*this, VX_ATTR_VALUE}; }
+    // Assigns the VALUE attribute (the form generated assignments use).
+    VX_AssignStatus Assign(const VX_Value* value) { return VALUE().Assign(value); }
+    // Assigns as the user: checked, recorded as a user value. On refusal, *why says why.
+    VX_AssignStatus AssignUser(VX_Attr attr, const VX_Value& value, std::string* why = nullptr);
+    // Drops a user assignment so that model assignments apply again.
+    VX_HRESULT RetractNonModelAssignment() override;
+
+    VX_Source SourceOf(VX_Attr a) const { return static_cast<VX_Source>((m_sources >> (2 * a)) & 3u); }
+    int LevelOf(VX_Attr a) const { return m_levels[a]; }
+
+    // A named extra property of this parameter (such as "VALID"), made on first use from its
+    // default value. Lives as long as the parameter.
+    VX_VarParam& GetProperty(const char* name, const VX_Value* defaultValue, int flags);
+    bool HasExtraProperties() const { return (m_flags & kHasExtras) != 0; }
+
+    VX_Type* FindProperty(const char* name) const override;
+    VX_Type* FindPropertyById(int id) const override;
+    bool PropertyNameToId(const char* name, int& id) const override;
+    bool HasValue() const override { return true; }
+    bool IsValue() const override { return true; }
+
+    // Current value as text, for listings; attribute values as VX_Value for inspection.
+    std::string ValueText() const;
+    // Why a value would be refused (empty when acceptable); used by Assign and by hosts.
+    std::string CheckValue(VX_Attr attr, const VX_Value& value) const;
+
+protected:
+    explicit VX_VarParam(Kind kind) : m_kind(kind) {}
+    VX_VarParam(const VX_VarParam& o) = default;
+    VX_VarParam& operator=(const VX_VarParam& o);
+    ~VX_VarParam() override;
+
+    void SetSource(VX_Attr a, VX_Source s, int level) {
+        m_sources = static_cast<std::uint8_t>((m_sources & ~(3u << (2 * a))) | (static_cast<unsigned>(s) << (2 * a)));
+        m_levels[a] = static_cast<std::int16_t>(level);
+    }
+    // Stores an already checked value into the attribute.
+    void Store(VX_Attr attr, const VX_Value& value);
+    // Dependency recording of v(): tells the session that this value was read during set-up.
+    void RecordRead() const;
+
+    static constexpr std::uint8_t kHasExtras = 1;
+
+    Kind m_kind;
+    std::uint8_t m_flags = 0;
+    std::uint8_t m_sources = 0;         // 2 bits per attribute: VX_Source
+    std::int8_t m_spec = VX_SPEC_FREE;  // used by variables
+    std::int32_t m_column = -1;         // used by variables: solver column, -1 until numbered
+    std::int16_t m_levels[VX_ATTR_COUNT] = {0, 0, 0, 0};
+
+    friend class VX_VarParamProp;
+};

@@ -1,0 +1,120 @@
+#include "zorexp/arrays.hpp"
+
+#include <cstdlib>
+#include <stdexcept>
+#include <unordered_map>
+
+VX_Matrix::~VX_Matrix() { ClearElements(); }
+
+void VX_Matrix::ClearElements() {
+    for (VX_Type* e : m_elements) delete e;
+    m_elements.clear();
+}
+
+VX_Type* VX_Matrix::Adopt(VX_Type* element, int position) {
+    element->SetOwner(this, position);
+    m_elements[static_cast<std::size_t>(position)] = element;
+    return element;
+}
+
+// ---------------------------------------------------------------- integer-indexed
+
+void VX_BASE_I::SetDim(std::shared_ptr<const VX_IntSetData> set) {
+    if (!set) set = std::make_shared<VX_IntSetData>();
+    if (*set == *m_set && m_elements.size() == set->Size()) return;
+    // Keep the elements whose index survives; drop the others.
+    std::vector<VX_Type*> old;
+    old.swap(m_elements);
+    const auto oldSet = m_set;
+    m_set = std::move(set);
+    m_contiguous = m_set->Ranges().size() <= 1;
+    m_low = m_set->Empty() ? 0 : m_set->Ranges().front().first;
+    m_elements.assign(m_set->Size(), nullptr);
+    for (std::size_t k = 0; k < old.size(); ++k) {
+        if (!old[k]) continue;
+        const int index = oldSet->At(k);
+        if (auto pos = m_set->PositionOf(index)) Adopt(old[k], static_cast<int>(*pos));
+        else delete old[k];
+    }
+    NewElements();
+}
+
+void VX_BASE_I::NewElements() {
+    for (std::size_t k = 0; k < m_elements.size(); ++k)
+        if (!m_elements[k]) Adopt(NewElement(), static_cast<int>(k));
+}
+
+VX_Type* VX_BASE_I::CreateMissingArrayElement(const char* indexText) {
+    if (!indexText) return nullptr;
+    char* end = nullptr;
+    const long index = std::strtol(indexText, &end, 10);
+    if (end == indexText || *end != '\0') return nullptr;
+    auto pos = m_set->PositionOf(static_cast<int>(index));
+    if (!pos) return nullptr;
+    if (!m_elements[*pos]) Adopt(NewElement(), static_cast<int>(*pos));
+    return m_elements[*pos];
+}
+
+std::string VX_BASE_I::IndexText(int position) const {
+    return std::to_string(m_set->At(static_cast<std::size_t>(position)));
+}
+
+VX_Type* VX_BASE_I::FindSlow(int index) const {
+    auto pos = m_set->PositionOf(index);
+    return pos ? m_elements[*pos] : nullptr;
+}
+
+void VX_BASE_I::ThrowMissing(int index) const {
+    throw std::out_of_range("array " + Path() + " has no element (" + std::to_string(index) + ")");
+}
+
+// ---------------------------------------------------------------- string-indexed
+
+void VX_BASE_S::SetDim(std::shared_ptr<const VX_StrSetData> set) {
+    if (!set) set = std::make_shared<VX_StrSetData>();
+    if (*set == *m_set && m_elements.size() == set->Size()) return;
+    std::vector<VX_Type*> old;
+    old.swap(m_elements);
+    const auto oldSet = m_set;
+    m_set = std::move(set);
+    m_elements.assign(m_set->Size(), nullptr);
+    for (std::size_t k = 0; k < old.size(); ++k) {
+        if (!old[k]) continue;
+        if (auto pos = m_set->PositionOf(oldSet->At(k))) Adopt(old[k], static_cast<int>(*pos));
+        else delete old[k];
+    }
+    NewElements();
+}
+
+void VX_BASE_S::NewElements() {
+    for (std::size_t k = 0; k < m_elements.size(); ++k)
+        if (!m_elements[k]) Adopt(NewElement(), static_cast<int>(k));
+}
+
+VX_Type* VX_BASE_S::CreateMissingArrayElement(const char* indexText) {
+    if (!indexText) return nullptr;
+    auto pos = m_set->PositionOf(indexText);
+    if (!pos) return nullptr;
+    if (!m_elements[*pos]) Adopt(NewElement(), static_cast<int>(*pos));
+    return m_elements[*pos];
+}
+
+std::string VX_BASE_S::IndexText(int position) const { return m_set->At(static_cast<std::size_t>(position)); }
+
+VX_Type* VX_BASE_S::Find(const char* index) const {
+    if (!index) return nullptr;
+    auto pos = m_set->PositionOf(index);
+    return pos ? m_elements[*pos] : nullptr;
+}
+
+VX_Type& VX_BASE_S::Get(const char* index) const {
+    if (VX_Type* e = Find(index)) return *e;
+    throw std::out_of_range("array " + Path() + " has no element (" + std::string(index ? index : "") + ")");
+}
+
+VX_Type& VX_BASE_S::GetAt(const VX_StringSetIter& it) const {
+    if (&it.Set() == m_set.get()) {   // same set object: the position is the element
+        if (VX_Type* e = FindAt(it.Position())) return *e;
+    }
+    return Get(it.String());
+}

@@ -1,0 +1,140 @@
+#include "zorexp/model_type.hpp"
+
+#include <algorithm>
+
+#include "zorexp/session.hpp"
+#include "zorexp/variable.hpp"
+
+int VX_ModelType::m_stLastGroup = 0;
+
+VX_EquationType* VX_EquationType::ModelEquation() {
+    static VX_EquationType t(Model);
+    return &t;
+}
+VX_EquationType* VX_EquationType::ProcedureEquation() {
+    static VX_EquationType t(Procedure);
+    return &t;
+}
+
+void VX_ModelType::ResetEquations() {
+    m_groups.clear();
+    m_currentGroup = -1;
+    m_equationCount = 0;
+}
+
+int VX_ModelType::SetUpEquations() {
+    ResetEquations();
+    return 0;
+}
+
+int VX_ModelType::JacPattern(int*&, int*&, VX_EquationType**) {
+    m_rowLabels.clear();
+    return 0;
+}
+
+void VX_ModelType::SetGroupLimits(int group) {
+    if (m_currentGroup < 0 || m_groups[static_cast<std::size_t>(m_currentGroup)].group != group) {
+        auto it = std::find_if(m_groups.begin(), m_groups.end(), [&](const GroupInfo& g) { return g.group == group; });
+        if (it == m_groups.end()) {
+            m_groups.push_back(GroupInfo{group, 0, 0});
+            it = m_groups.end() - 1;
+        }
+        m_currentGroup = static_cast<int>(it - m_groups.begin());
+    }
+    ++m_groups[static_cast<std::size_t>(m_currentGroup)].equations;
+    if (group > m_stLastGroup) m_stLastGroup = group;
+}
+
+void VX_ModelType::AddNonZero(VX_Type&) {
+    if (m_currentGroup >= 0) ++m_groups[static_cast<std::size_t>(m_currentGroup)].nonzeros;
+}
+
+void VX_ModelType::AddNonZero(VX_SetIter&) {
+    if (m_currentGroup >= 0) ++m_groups[static_cast<std::size_t>(m_currentGroup)].nonzeros;
+}
+
+int VX_ModelType::SetLocalEqnCount(int n) {
+    m_equationCount = n;
+    return n;
+}
+
+bool VX_ModelType::ContainsGroup(int group) const {
+    if (group == 0) return true;
+    return std::any_of(m_groups.begin(), m_groups.end(), [&](const GroupInfo& g) { return g.group == group; });
+}
+
+void VX_ModelType::AddEqnsInGroup(int group, int& index) const {
+    for (const auto& g : m_groups)
+        if (g.group == group) { index += g.equations; return; }
+}
+
+void VX_ModelType::AddNZsandProcsInGroup(int group, int& index) const {
+    for (const auto& g : m_groups)
+        if (g.group == group) { index += g.nonzeros; return; }
+}
+
+int VX_ModelType::AddEquation(const char* label, VX_EquationType** types) {
+    return AddEquation(VX_EquationType::ModelEquation(), label, types);
+}
+
+int VX_ModelType::AddEquation(VX_EquationType* type, const char* label, VX_EquationType** types) {
+    const int row = VX_Session::Current().NextRow();
+    if (types) types[row] = type;
+    if (!m_rowLabels.empty() && m_rowLabels.back().first == label) ++m_rowLabels.back().second;
+    else m_rowLabels.emplace_back(label, 1);
+    return row;
+}
+
+const char* VX_ModelType::RowLabel(int k) const {
+    for (const auto& [label, count] : m_rowLabels) {
+        if (k < count) return label;
+        k -= count;
+    }
+    return nullptr;
+}
+
+VX_HRESULT VX_ModelType::CountEqnsAndNZs(int& equations, int& nonzeros) const {
+    equations = 0;
+    nonzeros = 0;
+    for (const auto& g : m_groups) {
+        equations += g.equations;
+        nonzeros += g.nonzeros;
+    }
+    return VX_S_OK;
+}
+
+int VX_ModelType::MaxGroupNo() const {
+    int m = 0;
+    for (const auto& g : m_groups) m = std::max(m, g.group);
+    return m;
+}
+
+void VX_ModelType::RecordOp(int op, int eqn) { VX_Session::Current().Record(eqn, op); }
+
+void VX_ModelType::RecordTerm(int eqn) { VX_Session::Current().Record(eqn, -1); }
+
+void VX_ModelType::RecordVariableTerm(VX_Type& term, int*& rows, int*& cols, int eqn) {
+    VX_Session& s = VX_Session::Current();
+    s.Record(eqn, -1);
+    if (!term.IsSolverVariable()) return;   // parameters are terms but not Jacobian entries
+    *rows++ = eqn;
+    *cols++ = s.ColumnOf(static_cast<VX_Variable&>(term));
+}
+
+VX_HRESULT VX_ModelTypeEx::QueryInterface(const VX_GUID& iid, void** out) {
+    if (out && iid == VX_IID_ModelDiscontinuity) {
+        *out = static_cast<VX_ModelDiscontinuity*>(this);
+        AddRef();
+        return VX_S_OK;
+    }
+    return VX_WithExpressions<VX_ModelType>::QueryInterface(iid, out);
+}
+
+VX_HRESULT VX_ModelTypeEx2::QueryInterface(const VX_GUID& iid, void** out) {
+    if (out && iid == VX_IID_ModelExtensions2) {
+        *out = static_cast<VX_ModelExtensions2*>(this);
+        AddRef();
+        return VX_S_OK;
+    }
+    return VX_ModelTypeEx::QueryInterface(iid, out);
+}

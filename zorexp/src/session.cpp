@@ -1,0 +1,102 @@
+#include "zorexp/session.hpp"
+
+#include <cctype>
+
+#include "zorexp/model_type.hpp"
+#include "zorexp/type.hpp"
+#include "zorexp/variable.hpp"
+
+namespace {
+VX_Session*& CurrentSlot() {
+    static VX_Session* current = nullptr;
+    return current;
+}
+VX_Session& BuiltIn() {
+    static VX_Session* s = new VX_Session;   // never destroyed: objects may outlive static teardown
+    return *s;
+}
+}  // namespace
+
+VX_Session::VX_Session() = default;
+
+VX_Session::~VX_Session() {
+    for (VX_Variable* v : m_columns)
+        if (v) v->SetColumn(-1);
+    for (auto& [name, g] : m_globals) g.destroy(g.object);
+    if (CurrentSlot() == this) CurrentSlot() = nullptr;
+}
+
+VX_Session& VX_Session::Current() {
+    VX_Session* s = CurrentSlot();
+    return s ? *s : BuiltIn();
+}
+
+VX_Session* VX_Session::MakeCurrent(VX_Session* s) {
+    VX_Session* previous = CurrentSlot();
+    CurrentSlot() = s;
+    return previous;
+}
+
+void VX_Session::ResetNumbering() {
+    for (VX_Variable* v : m_columns)
+        if (v) v->SetColumn(-1);
+    m_columns.clear();
+    m_rows = 0;
+    m_tape.clear();
+    VX_ModelType::m_stLastGroup = 0;
+}
+
+int VX_Session::ColumnOf(VX_Variable& v) {
+    if (v.Column() < 0) {
+        v.SetColumn(static_cast<int>(m_columns.size()));
+        m_columns.push_back(&v);
+    }
+    return v.Column();
+}
+
+void VX_Session::ForgetVariable(VX_Variable& v) {
+    const int c = v.Column();
+    if (c >= 0 && c < static_cast<int>(m_columns.size()) && m_columns[static_cast<std::size_t>(c)] == &v)
+        m_columns[static_cast<std::size_t>(c)] = nullptr;
+}
+
+std::string VX_Session::Key(const char* name) {
+    std::string k(name ? name : "");
+    for (char& c : k) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return k;
+}
+
+VX_Type* VX_Session::FindGlobal(const char* name) const {
+    auto it = m_globals.find(Key(name));
+    return it == m_globals.end() ? nullptr : it->second.object;
+}
+
+std::vector<std::pair<std::string, VX_Type*>> VX_Session::Globals() const {
+    std::vector<std::pair<std::string, VX_Type*>> out;
+    for (const auto& [k, g] : m_globals) out.emplace_back(k, g.object);
+    return out;
+}
+
+void VX_Session::DefineComponentList(const std::string& name, std::vector<std::string> components,
+                                     std::map<std::string, SUValue> options) {
+    std::map<std::string, SUValue> upper;
+    for (auto& [k, v] : options) upper.emplace(Key(k.c_str()), v);
+    auto data = std::make_shared<const VX_StrSetData>(std::move(components));
+    for (auto& l : m_lists)
+        if (VX_EqualCI(l.name.c_str(), name.c_str())) {
+            l.components = data;
+            l.options = std::move(upper);
+            return;
+        }
+    m_lists.push_back(VX_ComponentListData{name, data, std::move(upper)});
+}
+
+const VX_ComponentListData* VX_Session::FindComponentList(const std::string& name) const {
+    for (const auto& l : m_lists)
+        if (VX_EqualCI(l.name.c_str(), name.c_str())) return &l;
+    return nullptr;
+}
+
+const VX_ComponentListData* VX_Session::DefaultComponentList() const {
+    return m_lists.empty() ? nullptr : &m_lists.front();
+}

@@ -1,0 +1,45 @@
+#include "zorexp/variable.hpp"
+
+#include "zorexp/runtime_defaults.hpp"
+
+namespace d = vx_defaults;
+
+int VX_Variable::VX_PQCol() const { return d::kPQCol; }
+int VX_Variable::VX_PQRow() const { return d::kPQRow; }
+
+#define VX_RUNTIME_DEFAULT(op, init) \
+    const VX_Value* VX_Variable::op() const { static const VX_Value value init; return &value; }
+VX_RUNTIME_DEFAULT(VX_DefaultDERIVATIVE, (d::kVariableDerivative, 0))
+VX_RUNTIME_DEFAULT(VX_DefaultSPEC, (VX_SPEC_FREE, 0))
+VX_RUNTIME_DEFAULT(VX_DefaultVALUE, (d::kVariableValue, 0))
+VX_RUNTIME_DEFAULT(VX_DefaultDIRECTION, (0, 0))
+VX_RUNTIME_DEFAULT(VX_DefaultISCONNECTED, (false, 0))
+VX_RUNTIME_DEFAULT(VX_DefaultISMATCHED, (false, 0))
+VX_RUNTIME_DEFAULT(VX_DefaultLLAGRANGE, (0.0, 0))
+VX_RUNTIME_DEFAULT(VX_DefaultLOWER, (d::kVariableLower, 0))
+VX_RUNTIME_DEFAULT(VX_DefaultPHYSICALQUANTITY, (d::kQuantity, 0))
+VX_RUNTIME_DEFAULT(VX_DefaultBASEUOMNAME, (d::kBaseUnit, 0))
+VX_RUNTIME_DEFAULT(VX_DefaultRECORD, (false, 0))
+VX_RUNTIME_DEFAULT(VX_DefaultSCALE, (d::kVariableScale, 0))
+VX_RUNTIME_DEFAULT(VX_DefaultTAG, ("", 0))
+VX_RUNTIME_DEFAULT(VX_DefaultULAGRANGE, (0.0, 0))
+VX_RUNTIME_DEFAULT(VX_DefaultUNITS, ("", 0))
+VX_RUNTIME_DEFAULT(VX_DefaultUPPER, (d::kVariableUpper, 0))
+VX_RUNTIME_DEFAULT(VX_DefaultISCONNECTEDASOUTPUT, (false, 0))
+VX_RUNTIME_DEFAULT(VX_DefaultINTEGERPHYSICALQUANTITY, (0, 0))
+#undef VX_RUNTIME_DEFAULT
+
+void VX_Variable::InitializeSystemAttributes() {
+    m_value = VX_DefaultVALUE()->RealValue();
+    m_lower = VX_DefaultLOWER()->RealValue();
+    m_upper = VX_DefaultUPPER()->RealValue();
+    m_spec = static_cast<std::int8_t>(VX_DefaultSPEC()->IntValue());
+}
+
+VX_Variable& VX_Variable::operator=(const VX_Variable& o) {
+    VX_VarParam::operator=(o);
+    m_value = o.m_value;
+    m_lower = o.m_lower;
+    m_upper = o.m_upper;
+    return *this;
+}
