@@ -3,6 +3,7 @@
 #include <suitesparse/klu.h>
 
 #include <stdexcept>
+#include <string>
 
 namespace zx::solve {
 

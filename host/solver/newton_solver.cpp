@@ -107,6 +107,8 @@ std::string check_inputs(const TripletPattern& t, std::size_t nx, std::size_t nl
     }
     if (!(o.armijo > 0.0 && o.armijo < 0.5)) return "armijo = " + fmt(o.armijo) + " is outside (0, 0.5)";
     if (o.max_backtracks < 0) return "max_backtracks = " + std::to_string(o.max_backtracks) + " is negative";
+    if (!(o.refactor_rcond_drop >= 0.0)) return "refactor_rcond_drop = " + fmt(o.refactor_rcond_drop) + " is negative";
+    if (!(o.singular_rcond >= 0.0)) return "singular_rcond = " + fmt(o.singular_rcond) + " is negative";
     return {};
 }
 
@@ -196,19 +198,19 @@ void NewtonRun::factor_failure(KluFactorization::Outcome outcome, int k) {
 // model used to pick the next trial length (kept within [0.1, 0.5] of the
 // last one). Non-finite trial residuals just halve the step.
 bool NewtonRun::line_search(int k, const StepLimit& limit, double f0) {
-    const std::string bound_note =
-        limit.limiting_index >= 0
-            ? "; the step was limited by a bound of unknown " + std::to_string(limit.limiting_index)
-            : std::string();
+    const auto fail = [&](std::string detail) {
+        if (limit.limiting_index >= 0) {
+            detail += "; the step was limited by a bound of unknown " + std::to_string(limit.limiting_index);
+        }
+        finish(SolveStatus::LineSearchFailed, std::move(detail));
+        return false;
+    };
     double lambda = limit.fraction;
     for (int backtrack = 0;; ++backtrack) {
         const double step_norm = relative_step_norm(x_.data(), step_.data(), lambda, n_);
         if (!(step_norm >= opt_.min_step) || lambda <= 0.0) {
-            finish(SolveStatus::LineSearchFailed,
-                          "in iteration " + std::to_string(k + 1) + " the step shrank to " +
-                              fmt(step_norm) + " without reducing the scaled residual norm" +
-                              bound_note);
-            return false;
+            return fail("in iteration " + std::to_string(k + 1) + " the step shrank to " + fmt(step_norm) +
+                        " without reducing the scaled residual norm");
         }
         take_step(x_.data(), step_.data(), lambda, lo_, hi_, n_, x_trial_.data());
         sys_.residuals(x_trial_.data(), r_trial_.data());
@@ -222,10 +224,8 @@ bool NewtonRun::line_search(int k, const StepLimit& limit, double f0) {
             return true;
         }
         if (backtrack == opt_.max_backtracks) {
-            finish(SolveStatus::LineSearchFailed,
-                   "in iteration " + std::to_string(k + 1) + " " + std::to_string(backtrack + 1) +
-                       " trial steps did not reduce the scaled residual norm" + bound_note);
-            return false;
+            return fail("in iteration " + std::to_string(k + 1) + " " + std::to_string(backtrack + 1) +
+                        " trial steps did not reduce the scaled residual norm");
         }
         double next = 0.5 * lambda;
         if (std::isfinite(f)) next = f0 * lambda * lambda / (f - f0 + 2.0 * f0 * lambda);

@@ -23,17 +23,6 @@ TEST(CscPattern, SortsRowsMergesRepeatsAndScattersRepeatedly) {
     }
 }
 
-TEST(CscPattern, EmptyAndRectangularPatterns) {
-    const CscPattern empty = CscPattern::from_triplets(TripletPattern{0, 0, {}, {}});
-    EXPECT_EQ(empty.col_start, (std::vector<int>{0}));
-    EXPECT_EQ(empty.nnz(), 0);
-
-    const CscPattern wide = CscPattern::from_triplets(TripletPattern{1, 4, {0, 0}, {3, 1}});
-    EXPECT_EQ(wide.col_start, (std::vector<int>{0, 0, 1, 1, 2}));
-    const CscPattern tall = CscPattern::from_triplets(TripletPattern{4, 1, {3, 1, 3}, {0, 0, 0}});
-    EXPECT_EQ(tall.row_index, (std::vector<int>{1, 3}));
-}
-
 TEST(CscPattern, RejectsMalformedTripletsNamingTheEntry) {
     const auto message = [](const TripletPattern& t) {
         try {
