@@ -13,6 +13,7 @@
 #endif
 #endif
 
+#ifndef VX_POOL_DISABLED
 namespace {
 constexpr std::size_t kGranule = 16;
 constexpr std::size_t kClasses = 8;            // 16, 32, ... 128 bytes
@@ -34,6 +35,7 @@ Pool& ThePool() {
     return *pool;
 }
 }  // namespace
+#endif
 
 void* VX_PoolAllocate(std::size_t size) {
 #ifndef VX_POOL_DISABLED
@@ -75,6 +77,9 @@ void VX_PoolFree(void* ptr, std::size_t size) noexcept {
     }
 #endif
     ::operator delete(ptr, size);
+#ifdef VX_POOL_DISABLED
+    (void)size;
+#endif
 }
 
 std::size_t VX_PoolBytesReserved() {

@@ -1,6 +1,7 @@
 #include "zorexp/variable.hpp"
 
 #include "zorexp/runtime_defaults.hpp"
+#include "zorexp/session.hpp"
 
 namespace d = vx_defaults;
 
@@ -28,6 +29,10 @@ VX_RUNTIME_DEFAULT(VX_DefaultUPPER, (d::kVariableUpper, 0))
 VX_RUNTIME_DEFAULT(VX_DefaultISCONNECTEDASOUTPUT, (false, 0))
 VX_RUNTIME_DEFAULT(VX_DefaultINTEGERPHYSICALQUANTITY, (0, 0))
 #undef VX_RUNTIME_DEFAULT
+
+VX_Variable::~VX_Variable() {
+    if (m_column >= 0) VX_Session::Current().ForgetVariable(*this);
+}
 
 void VX_Variable::InitializeSystemAttributes() {
     m_value = VX_DefaultVALUE()->RealValue();

@@ -57,7 +57,6 @@ VX_VarParam& VX_VarParam::operator=(const VX_VarParam& o) {
 
 VX_VarParam::~VX_VarParam() {
     if (m_flags & kHasExtras) Extras().erase(this);
-    if (m_column >= 0) VX_Session::Current().ForgetVariable(static_cast<VX_Variable&>(*this));
 }
 
 void VX_VarParam::RecordRead() const { VX_Session::Current().NoteRead(); }

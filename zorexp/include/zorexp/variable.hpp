@@ -59,8 +59,9 @@ public:
 
 protected:
     VX_Variable() : VX_VarParam(RealVariable) {}
-    VX_Variable(const VX_Variable&) = default;
+    VX_Variable(const VX_Variable& o) : VX_VarParam(o), m_value(o.m_value), m_lower(o.m_lower), m_upper(o.m_upper) {}
     VX_Variable& operator=(const VX_Variable& o);
+    ~VX_Variable() override;
 
     double m_value = 0.0;
     double m_lower = 0.0;

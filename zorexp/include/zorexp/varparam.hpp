@@ -76,7 +76,10 @@ public:
 
 protected:
     explicit VX_VarParam(Kind kind) : m_kind(kind) {}
-    VX_VarParam(const VX_VarParam& o) = default;
+    // Copies carry the value's provenance, never the solver column or extra properties.
+    VX_VarParam(const VX_VarParam& o)
+        : VX_Type(o), m_kind(o.m_kind), m_sources(o.m_sources), m_spec(o.m_spec),
+          m_levels{o.m_levels[0], o.m_levels[1], o.m_levels[2], o.m_levels[3]} {}
     VX_VarParam& operator=(const VX_VarParam& o);
     ~VX_VarParam() override;
 
