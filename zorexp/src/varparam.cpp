@@ -89,11 +89,10 @@ std::string VX_VarParam::CheckValue(VX_Attr attr, const VX_Value& value) const {
         if (attr == VX_ATTR_VALUE) {
             if (x < self.Lower()) return "value " + std::to_string(x) + " lies below the lower bound " + std::to_string(self.Lower());
             if (x > self.Upper()) return "value " + std::to_string(x) + " lies above the upper bound " + std::to_string(self.Upper());
-            if (HasExtraProperties()) {
-                if (auto* valid = dynamic_cast<const VX_INTEGERSET*>(FindProperty("VALID")))
-                    if (!valid->fv().Empty() && !valid->fv().Contains(x))
-                        return "value " + std::to_string(x) + " is not in the valid set " + Quote(valid->fv().Text());
-            }
+            // Types with a valid set answer this lookup (making the property on demand).
+            if (auto* valid = dynamic_cast<const VX_INTEGERSET*>(FindProperty("VALID")))
+                if (!valid->fv().Empty() && !valid->fv().Contains(x))
+                    return "value " + std::to_string(x) + " is not in the valid set " + Quote(valid->fv().Text());
         }
         return "";
     }

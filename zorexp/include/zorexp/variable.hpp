@@ -39,6 +39,8 @@ public:
 
     // Reads the (most-derived) defaults into value, bounds and spec. Called once, by the
     // constructor of the class actually being created.
+    ~VX_Variable() override;
+
     void InitializeSystemAttributes();
 
     // Value with dependency recording (set-up) and fast value (Residuals, Jacobian).
@@ -61,7 +63,6 @@ protected:
     VX_Variable() : VX_VarParam(RealVariable) {}
     VX_Variable(const VX_Variable& o) : VX_VarParam(o), m_value(o.m_value), m_lower(o.m_lower), m_upper(o.m_upper) {}
     VX_Variable& operator=(const VX_Variable& o);
-    ~VX_Variable() override;
 
     double m_value = 0.0;
     double m_lower = 0.0;
