@@ -33,3 +33,24 @@ TEST(IntegerArrays, ResizingKeepsSurvivorsAndTheirValues) {
     EXPECT_EQ(a.CreateMissingArrayElement("nine"), nullptr);
     EXPECT_EQ(a.CreateMissingArrayElement("9"), a.Find(9));
 }
+
+TEST(IntegerArrays, FollowTheirSetWhenItIsAssignedLater) {
+    VX_INTEGERSET range;
+    Temps a;
+    a.SetDim(range);                 // sized before the set has its value, as SetDims runs first
+    EXPECT_EQ(a.Size(), 0);
+    VX_Value v(VX_IntSetValue(0, 4), VX_CTX_MODEL, 1, 1);
+    range.Assign(&v);
+    EXPECT_EQ(a.Size(), 5);
+    a(4).SetSolverValue(7.0);
+    VX_Value shorter(VX_IntSetValue(3, 4), VX_CTX_MODEL, 1, 1);
+    range.Assign(&shorter);
+    EXPECT_EQ(a.Size(), 2);
+    EXPECT_EQ(a(4).fv(), 7.0);
+    {
+        Temps b;
+        b.SetDim(range);             // b leaves the set's followers when destroyed
+    }
+    range.Assign(&v);
+    EXPECT_EQ(a.Size(), 5);
+}

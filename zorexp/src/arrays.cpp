@@ -4,7 +4,17 @@
 #include <stdexcept>
 #include <unordered_map>
 
-VX_Matrix::~VX_Matrix() { ClearElements(); }
+VX_Matrix::~VX_Matrix() {
+    Follow(nullptr);
+    ClearElements();
+}
+
+void VX_Matrix::Follow(const VX_Set* set) {
+    if (m_source == set) return;
+    if (m_source) m_source->RemoveDependent(this);
+    m_source = set;
+    if (m_source) m_source->AddDependent(this);
+}
 
 void VX_Matrix::ClearElements() {
     for (VX_Type* e : m_elements) delete e;
@@ -19,7 +29,7 @@ VX_Type* VX_Matrix::Adopt(VX_Type* element, int position) {
 
 // ---------------------------------------------------------------- integer-indexed
 
-void VX_BASE_I::SetDim(std::shared_ptr<const VX_IntSetData> set) {
+void VX_BASE_I::Resize(std::shared_ptr<const VX_IntSetData> set) {
     if (!set) set = std::make_shared<VX_IntSetData>();
     if (*set == *m_set && m_elements.size() == set->Size()) return;
     // Keep the elements whose index survives; drop the others.
@@ -70,7 +80,7 @@ void VX_BASE_I::ThrowMissing(int index) const {
 
 // ---------------------------------------------------------------- string-indexed
 
-void VX_BASE_S::SetDim(std::shared_ptr<const VX_StrSetData> set) {
+void VX_BASE_S::Resize(std::shared_ptr<const VX_StrSetData> set) {
     if (!set) set = std::make_shared<VX_StrSetData>();
     if (*set == *m_set && m_elements.size() == set->Size()) return;
     std::vector<VX_Type*> old;

@@ -158,8 +158,18 @@ void VX_VarParam::Store(VX_Attr attr, const VX_Value& value) {
     }
     case StringParameter: static_cast<VX_STRINGPARAMETER&>(*this).m_value = value.TextValue(); break;
     case LogicalParameter: static_cast<VX_LOGICALPARAMETER&>(*this).m_value = value.IntValue() != 0; break;
-    case IntegerSet: static_cast<VX_INTEGERSET&>(*this).m_data = value.IntSetShared() ? value.IntSetShared() : std::make_shared<VX_IntSetData>(); break;
-    case StringSet: static_cast<VX_STRINGSET&>(*this).m_data = value.StrSetShared() ? value.StrSetShared() : std::make_shared<VX_StrSetData>(); break;
+    case IntegerSet: {
+        auto& set = static_cast<VX_INTEGERSET&>(*this);
+        set.m_data = value.IntSetShared() ? value.IntSetShared() : std::make_shared<VX_IntSetData>();
+        set.NotifyDependents();
+        break;
+    }
+    case StringSet: {
+        auto& set = static_cast<VX_STRINGSET&>(*this);
+        set.m_data = value.StrSetShared() ? value.StrSetShared() : std::make_shared<VX_StrSetData>();
+        set.NotifyDependents();
+        break;
+    }
     }
 }
 

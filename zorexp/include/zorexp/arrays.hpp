@@ -9,7 +9,7 @@
 #include "zorexp/sets.hpp"
 #include "zorexp/type.hpp"
 
-class VX_Matrix : public VX_Type {
+class VX_Matrix : public VX_Type, public VX_SetDependent {
 public:
     ~VX_Matrix() override;
     bool IsAnArray() const override { return true; }
@@ -32,6 +32,10 @@ protected:
     VX_Matrix& operator=(const VX_Matrix&) = delete;
     VX_Type* Adopt(VX_Type* element, int position);
     void ClearElements();
+    // Follows the index set given to SetDim: re-sized whenever that set's value changes.
+    void Follow(const VX_Set* set);
+    void IndexSetDestroyed() override { m_source = nullptr; }
+    const VX_Set* m_source = nullptr;
 
     std::vector<VX_Type*> m_elements;  // in set order; null where not created
 };
@@ -39,8 +43,11 @@ protected:
 class VX_BASE_I : public VX_Matrix {
 public:
     // Sizes the array over an integer set.
-    void SetDim(const VX_INTEGERSET& set) { SetDim(set.Shared()); }
-    void SetDim(std::shared_ptr<const VX_IntSetData> set);
+    // Sizes the array over an integer set and follows later changes of the set.
+    void SetDim(const VX_INTEGERSET& set) { Follow(&set); Resize(set.Shared()); }
+    // Sizes the array over a fixed set value.
+    void SetDim(std::shared_ptr<const VX_IntSetData> set) { Follow(nullptr); Resize(std::move(set)); }
+    void IndexSetChanged() override { if (m_source) Resize(static_cast<const VX_INTEGERSET*>(m_source)->Shared()); }
     void NewElements() override;
     VX_Type* CreateMissingArrayElement(const char* indexText) override;
     std::string IndexText(int position) const override;
@@ -65,6 +72,7 @@ protected:
     }
 
 private:
+    void Resize(std::shared_ptr<const VX_IntSetData> set);
     VX_Type* FindSlow(int index) const;
     [[noreturn]] void ThrowMissing(int index) const;
     std::shared_ptr<const VX_IntSetData> m_set;
@@ -74,9 +82,10 @@ private:
 
 class VX_BASE_S : public VX_Matrix {
 public:
-    void SetDim(const VX_STRINGSET& set) { SetDim(set.Shared()); }
-    void SetDim(const VX_StrSetValue& set) { SetDim(set.Shared()); }
-    void SetDim(std::shared_ptr<const VX_StrSetData> set);
+    void SetDim(const VX_STRINGSET& set) { Follow(&set); Resize(set.Shared()); }
+    void SetDim(const VX_StrSetValue& set) { Follow(nullptr); Resize(set.Shared()); }
+    void SetDim(std::shared_ptr<const VX_StrSetData> set) { Follow(nullptr); Resize(std::move(set)); }
+    void IndexSetChanged() override { if (m_source) Resize(static_cast<const VX_STRINGSET*>(m_source)->Shared()); }
     void NewElements() override;
     VX_Type* CreateMissingArrayElement(const char* indexText) override;
     std::string IndexText(int position) const override;
@@ -95,5 +104,6 @@ protected:
     VX_Type& GetAt(const VX_StringSetIter& it) const;
 
 private:
+    void Resize(std::shared_ptr<const VX_StrSetData> set);
     std::shared_ptr<const VX_StrSetData> m_set;
 };

@@ -1,10 +1,34 @@
 #pragma once
 // Set properties (integer and string) and the iterators that walk them in set order.
+#include <vector>
+
 #include "zorexp/varparam.hpp"
 
+// Something sized over a set (an array) that must follow when the set's value changes.
+class VX_SetDependent {
+public:
+    virtual void IndexSetChanged() = 0;
+    virtual void IndexSetDestroyed() = 0;
+
+protected:
+    ~VX_SetDependent() = default;
+};
+
 class VX_Set : public VX_VarParam {
+public:
+    ~VX_Set() override;
+    // Arrays sized over this set register here and are re-sized whenever its value changes.
+    void AddDependent(VX_SetDependent* d) const;
+    void RemoveDependent(VX_SetDependent* d) const;
+    void NotifyDependents() const;
+
 protected:
     using VX_VarParam::VX_VarParam;
+    VX_Set(const VX_Set& o) : VX_VarParam(o) {}   // dependents belong to the original
+    VX_Set& operator=(const VX_Set& o) { VX_VarParam::operator=(o); return *this; }
+
+private:
+    mutable std::vector<VX_SetDependent*> m_dependents;
 };
 
 class VX_INTEGERSET : public VX_Set {
@@ -33,7 +57,7 @@ public:
     const VX_StrSetData& fv() const { return *m_data; }
     const std::shared_ptr<const VX_StrSetData>& Shared() const { return m_data; }
     // Sets the members directly (component lists are filled by the runtime, not assigned).
-    void SetMembers(std::shared_ptr<const VX_StrSetData> data) { m_data = std::move(data); }
+    void SetMembers(std::shared_ptr<const VX_StrSetData> data) { m_data = std::move(data); NotifyDependents(); }
 
 private:
     static std::shared_ptr<const VX_StrSetData> Empty();
