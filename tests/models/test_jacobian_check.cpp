@@ -1,0 +1,115 @@
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "checks/jacobian_check.hpp"
+#include "model_driver.hpp"
+#include "models/unitops/rplug_tcool.hpp"
+#include "models/unitops/rplug_tcool1.hpp"
+
+namespace {
+
+using zx::checks::check_jacobian;
+
+// A model whose Jacobian is wrong in one entry (d/dU of the first equation), and one that
+// declares a nonzero its pattern does not give.
+class WrongJacobian : public VX_RPLUG_TCOOL1 {
+public:
+    using VX_RPLUG_TCOOL1::VX_RPLUG_TCOOL1;
+    int Jacobian(double* values, int group, int start) override {
+        const int end = VX_RPLUG_TCOOL1::Jacobian(values, group, start);
+        values[start + 1] *= 1.001;
+        return end;
+    }
+};
+class ExtraNonZero : public VX_RPLUG_TCOOL1 {
+public:
+    using VX_RPLUG_TCOOL1::VX_RPLUG_TCOOL1;
+    int SetUpEquations() override {
+        const int n = VX_RPLUG_TCOOL1::SetUpEquations();
+        AddNonZero(T_COOL_(0));
+        return n;
+    }
+};
+
+template <class Model>
+void BuildTcool1(Model& m) {
+    SetUser(m.NPTS, VX_Value(3, 0));
+    SetUser(m.CTYPE, VX_Value("TCool-Spec", 0));
+    Prepare(m);
+    for (int i = 0; i <= 3; ++i) {
+        m.T_PROCESS(i).SetSolverValue(350.0 - 7.0 * i);
+        m.Q_FLUX(i).SetSolverValue(12.5 * i);
+    }
+    m.U.SetSolverValue(0.37);
+    m.T_COOL.SetSolverValue(41.0);
+}
+
+std::vector<double> Values(const VX_Session& s) {
+    std::vector<double> out;
+    for (const VX_Variable* v : s.Columns()) out.push_back(v->fv());
+    return out;
+}
+
+TEST(JacobianCheck, Tcool1AgreesAndValuesAreRestored) {
+    ScopedSession session;
+    VX_RPLUG_TCOOL1 m(true);
+    BuildTcool1(m);
+    const Pattern p = DeclareEquations(m, *session);
+    const std::vector<double> before = Values(*session);
+    const auto result = check_jacobian(m, p.rows, p.cols);
+    EXPECT_TRUE(result.ok()) << (result.problems.empty() ? "" : result.problems.front());
+    EXPECT_EQ(result.entries_checked, 16);
+    EXPECT_EQ(Values(*session), before);
+}
+
+TEST(JacobianCheck, TcoolAgrees) {
+    ScopedSession session;
+    VX_RPLUG_TCOOL m(true);
+    SetUser(m.NPTS, VX_Value(4, 0));
+    Prepare(m);
+    m.T_CELL0.SetSolverValue(310.0);
+    for (int i = 1; i <= 4; ++i) {
+        m.T_CELL(i).SetSolverValue(310.0 - 9.0 * i);
+        m.Q(i).SetSolverValue(0.3 * i);
+    }
+    for (auto [var, x] : {std::pair<VX_Variable*, double>{&m.U, 0.45}, {&m.T_COOL, 35.0}, {&m.DIAM, 0.04},
+                          {&m.NTUBE, 250.0}, {&m.L, 8.0}, {&m.DX, 1.9}})
+        var->SetSolverValue(x);
+    const Pattern p = DeclareEquations(m, *session);
+    const auto result = check_jacobian(m, p.rows, p.cols);
+    EXPECT_TRUE(result.ok());
+    EXPECT_EQ(result.entries_checked, 34);
+    EXPECT_EQ(result.entries_failed, 0);
+}
+
+TEST(JacobianCheck, CatchesAWrongEntry) {
+    ScopedSession session;
+    WrongJacobian m(true);
+    BuildTcool1(m);
+    const Pattern p = DeclareEquations(m, *session);
+    const auto result = check_jacobian(m, p.rows, p.cols);
+    EXPECT_FALSE(result.ok());
+    EXPECT_EQ(result.entries_failed, 1);
+    ASSERT_FALSE(result.worst.empty());
+    EXPECT_EQ(result.worst[0].row_label, "VX_Eqn1");
+    EXPECT_EQ(result.worst[0].row, 0);
+    EXPECT_EQ(result.worst[0].variable, "U");
+    EXPECT_NEAR(result.worst[0].numeric, -(350.0 - 41.0), 1e-6);
+    EXPECT_DOUBLE_EQ(result.worst[0].analytic, -(350.0 - 41.0) * 1.001);
+    EXPECT_LE(result.worst[1].scaled_error, 1.0);
+}
+
+TEST(JacobianCheck, CatchesDeclaredCountsThatThePatternDoesNotGive) {
+    ScopedSession session;
+    ExtraNonZero m(true);
+    BuildTcool1(m);
+    const Pattern p = DeclareEquations(m, *session);
+    ASSERT_EQ(p.nonzeros, 17);
+    ASSERT_EQ(p.patternResult, 16);
+    const auto counted = check_jacobian(m, std::span<const int>(p.rows).first(16), std::span<const int>(p.cols).first(16));
+    ASSERT_FALSE(counted.problems.empty());
+    EXPECT_EQ(counted.problems.front(), "SetUpEquations declared 17 nonzeros, JacPattern gave 16");
+}
+
+}  // namespace
