@@ -1,15 +1,19 @@
-// zorexp: the host command of the Morvanex220_1 model library. It lists the library's types
-// and describes one of them: a container created through the library's own exports and driven
-// through the container protocol, or a variable or parameter type with its effective defaults.
+// zorexp: the host command of the Morvanex220_1 model library. It lists the library's types,
+// describes one of them (a container created through the library's own exports and driven
+// through the container protocol, or a variable or parameter type with its effective
+// defaults), and sets up, analyses and solves flowsheets of the library's types.
 #include <cstdio>
 #include <exception>
 #include <string>
 #include <vector>
 
 #include <CLI/CLI.hpp>
+#include <iostream>
 
 #include "describe.hpp"
 #include "errors.hpp"
+#include "flowsheet/flowsheet_commands.hpp"
+#include "model_library.hpp"
 #include "report_json.hpp"
 #include "report_table.hpp"
 #include "types_listing.hpp"
@@ -45,7 +49,7 @@ ContainerRequest MakeRequest(const DescribeArgs& args) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"Lists and describes the types of the Morvanex220_1 model library."};
+    CLI::App app{"Lists and describes the types of the Morvanex220_1 model library, and solves flowsheets."};
     app.name("zorexp");
     app.require_subcommand(1);
 
@@ -62,9 +66,31 @@ int main(int argc, char** argv) {
     describe->add_option("--free", args.frees, "Free a variable (repeatable).")->allow_extra_args(false);
     describe->add_flag("--json", json, "Print JSON.");
 
-    if (argc > 1 && argv[1][0] != '-' && !types->check_name(argv[1]) && !describe->check_name(argv[1])) {
-        std::fprintf(stderr, "zorexp: unknown command \"%s\" (the commands are types and describe)\n", argv[1]);
-        return kExitBadInput;
+    zx::flowsheet::SolveCommandOptions solveOptions;
+    auto* solve = app.add_subcommand("solve", "Set up, analyse and solve a flowsheet file (steady state).");
+    solve->add_option("FLOWSHEET", solveOptions.file, "Flowsheet file (JSON).")->required();
+    solve->add_flag("--json", solveOptions.json, "Print the results as JSON.");
+    solve->add_option("--csv", solveOptions.csvFile, "Also write one row per variable to this CSV file.");
+    solve->add_option("--max-iterations", solveOptions.solver.max_iterations, "Newton iteration limit.");
+    solve->add_option("--tolerance", solveOptions.solver.tolerance, "Scaled residual tolerance.");
+    solve->add_flag("!--no-log", solveOptions.iterationLog, "Do not print the iteration log.");
+
+    zx::flowsheet::AnalyseCommandOptions analyseOptions;
+    auto* analyse = app.add_subcommand("analyse", "Count equations and unknowns and find the structural rank.");
+    analyse->add_option("FLOWSHEET", analyseOptions.file, "Flowsheet file (JSON).")->required();
+    analyse->add_flag("--json", analyseOptions.json, "Print JSON.");
+
+    zx::flowsheet::CheckJacobianCommandOptions checkOptions;
+    auto* check = app.add_subcommand("check-jacobian", "Compare the analytic Jacobian with finite differences.");
+    check->add_option("FLOWSHEET", checkOptions.file, "Flowsheet file (JSON).")->required();
+
+    if (argc > 1 && argv[1][0] != '-') {
+        bool known = false;
+        for (auto* sub : {types, describe, solve, analyse, check}) known = known || sub->check_name(argv[1]);
+        if (!known) {
+            std::fprintf(stderr, "zorexp: unknown command \"%s\" (the commands are types, describe, solve, analyse and check-jacobian)\n", argv[1]);
+            return kExitBadInput;
+        }
     }
     try {
         app.parse(argc, argv);
@@ -75,6 +101,19 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& e) {
         std::fprintf(stderr, "zorexp: %s (zorexp --help shows the usage)\n", e.what());
         return kExitBadInput;
+    }
+
+    if (solve->parsed() || analyse->parsed() || check->parsed()) {
+        try {
+            const auto create = zx::flowsheet::CreatorFromFactories(
+                [](const std::string& type) { return ModelLibrary::Instance().FindFactory(type); });
+            if (solve->parsed()) return zx::flowsheet::RunSolve(solveOptions, create, std::cout, std::cerr);
+            if (analyse->parsed()) return zx::flowsheet::RunAnalyse(analyseOptions, create, std::cout, std::cerr);
+            return zx::flowsheet::RunCheckJacobian(checkOptions, create, std::cout, std::cerr);
+        } catch (const HostFailure& e) {
+            std::fprintf(stderr, "zorexp: %s\n", e.what());
+            return kExitHostFailure;
+        }
     }
 
     try {

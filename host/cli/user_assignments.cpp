@@ -1,7 +1,7 @@
 #include "user_assignments.hpp"
 
 #include "errors.hpp"
-#include "property_paths.hpp"
+#include "paths/property_paths.hpp"
 #include "value_parsing.hpp"
 #include "zorexp/zorexp.hpp"
 

@@ -1,4 +1,4 @@
-#include "property_paths.hpp"
+#include "paths/property_paths.hpp"
 
 #include <charconv>
 #include <vector>

@@ -1,0 +1,178 @@
+#include "flowsheet/flowsheet.hpp"
+
+#include <algorithm>
+#include <list>
+
+#include "paths/property_paths.hpp"
+#include "flowsheet/input_error.hpp"
+#include "flowsheet/set_application.hpp"
+#include "flowsheet/variable_walk.hpp"
+#include "zorexp/zorexp.hpp"
+
+namespace zx::flowsheet {
+namespace {
+
+// Level handed to the blocks' ExecuteAssignments; each base class runs one level lower.
+constexpr int kAssignmentLevel = 0;
+// Set-up rounds before giving up on a flowsheet whose arrays keep changing size.
+constexpr int kMaxRounds = 50;
+
+struct Pending {
+    std::size_t block;
+    const SetEntry* entry;
+};
+
+VX_Type* Dereference(VX_Type* t) {
+    if (auto* g = dynamic_cast<VX_GlobalBase*>(t)) return g->Target() ? g->Target() : t;
+    return t;
+}
+
+}  // namespace
+
+BlockCreator CreatorFromFactories(std::function<FactoryFunction(const std::string& typeName)> find) {
+    return [find = std::move(find)](const std::string& typeName, std::string& error) -> VX_Type* {
+        const FactoryFunction factory = find(typeName);
+        if (!factory) {
+            error = "the model library has no factory for it";
+            return nullptr;
+        }
+        VX_Containable* made = factory();
+        if (!made) {
+            error = "its factory made nothing";
+            return nullptr;
+        }
+        auto* type = dynamic_cast<VX_Type*>(made);
+        if (!type) {
+            made->Release();
+            error = "its factory made an object that holds no properties";
+        }
+        return type;
+    };
+}
+
+Flowsheet::Flowsheet() : m_session(std::make_unique<VX_Session>()) {
+    m_previous = VX_Session::MakeCurrent(m_session.get());
+}
+
+Flowsheet::~Flowsheet() {
+    // Blocks go first, while their session is current: numbered variables tell it they leave.
+    for (auto it = m_blocks.rbegin(); it != m_blocks.rend(); ++it)
+        if (it->model) it->model->Release();
+    m_blocks.clear();
+    VX_Session::MakeCurrent(m_previous);
+}
+
+std::unique_ptr<Flowsheet> Flowsheet::Build(const FlowsheetDocument& doc, const BlockCreator& create) {
+    std::unique_ptr<Flowsheet> fs(new Flowsheet());
+    for (const ComponentListSpec& list : doc.componentLists)
+        fs->m_session->DefineComponentList(list.name, list.components, list.options);
+    fs->CreateBlocks(doc, create);
+    fs->ApplyGlobals(doc);
+    fs->SetUp(doc);
+    return fs;
+}
+
+void Flowsheet::CreateBlocks(const FlowsheetDocument& doc, const BlockCreator& create) {
+    for (const BlockSpec& spec : doc.blocks) {
+        std::string error;
+        VX_Type* made = create(spec.type, error);
+        const std::string typeAt = PointerChild(spec.pointer, "type");
+        if (!made)
+            throw InputError(typeAt, "block " + spec.name + ": unknown type \"" + spec.type + "\"" +
+                                         (error.empty() ? "" : " (" + error + ")"));
+        auto* model = dynamic_cast<VX_ModelType*>(made);
+        if (!model || made->IsAPort()) {
+            made->Release();
+            throw InputError(typeAt, "block " + spec.name + ": type \"" + spec.type + "\" is not a model or structure");
+        }
+        m_blocks.push_back(Block{spec.name, spec.type, model});
+        m_blockOfTop.emplace(model, static_cast<int>(m_blocks.size() - 1));
+        if (!spec.componentList.empty()) {
+            VX_COMPONENTLISTNAME* list = model->ComponentList();
+            const std::string at = PointerChild(spec.pointer, "components");
+            if (!list) throw InputError(at, "block " + spec.name + ": type " + spec.type + " has no component list");
+            std::string why;
+            if (list->AssignUser(VX_ATTR_VALUE, VX_Value(spec.componentList.c_str(), 0), &why) == VX_AS_REFUSED)
+                throw InputError(at, "block " + spec.name + ": component list \"" + spec.componentList + "\": " + why);
+        }
+    }
+}
+
+void Flowsheet::ApplyGlobals(const FlowsheetDocument& doc) {
+    for (const SetEntry& g : doc.globals) {
+        auto* target = dynamic_cast<VX_VarParam*>(m_session->FindGlobal(g.path.c_str()));
+        if (!target) {
+            auto globals = m_session->Globals();
+            std::sort(globals.begin(), globals.end());
+            std::string used;
+            for (const auto& [name, object] : globals) used += (used.empty() ? "" : ", ") + name;
+            throw InputError(g.pointer, "no block uses a global named \"" + g.path + "\"" +
+                                            (used.empty() ? " (the blocks use none)" : " (globals in use: " + used + ")"));
+        }
+        ApplyValue(*target, g.value, g.pointer, "global " + g.path);
+    }
+}
+
+void Flowsheet::SetUp(const FlowsheetDocument& doc) {
+    std::list<Pending> pending;
+    for (std::size_t b = 0; b < doc.blocks.size(); ++b)
+        for (const SetEntry& e : doc.blocks[b].sets) pending.push_back(Pending{b, &e});
+
+    bool arraysToo = false;   // whole arrays are set once their size has settled
+    bool havePrevious = false;
+    unsigned long long previous = 0;
+    for (m_rounds = 1; m_rounds <= kMaxRounds; ++m_rounds) {
+        bool progressed = false;
+        for (auto it = pending.begin(); it != pending.end();) {
+            Block& block = m_blocks[it->block];
+            const SetEntry& e = *it->entry;
+            auto found = zorexp_cli::ResolvePath(*block.model, e.path);
+            VX_Type* target = found.object ? Dereference(found.object) : nullptr;
+            if (!target || (!arraysToo && dynamic_cast<VX_Matrix*>(target))) {
+                ++it;
+                continue;
+            }
+            ApplyValue(*target, e.value, e.pointer, block.name + "." + e.path);
+            it = pending.erase(it);
+            progressed = true;
+        }
+        unsigned long long shape = 0;
+        for (Block& block : m_blocks) {
+            block.model->SetDims();
+            const int status = block.model->ExecuteAssignments(kAssignmentLevel, VX_CTX_MODEL);
+            if (status < 0)
+                throw ModelFailure("block " + block.name + " (" + block.type + "): ExecuteAssignments failed with status " +
+                                   std::to_string(status) + " (" + VX_StatusMessage(status) + ")");
+            shape = shape * 1000003ull + ShapeFingerprint(*block.model);
+        }
+        const bool settled = havePrevious && shape == previous && !progressed;
+        havePrevious = true;
+        previous = shape;
+        if (!settled) continue;
+        if (pending.empty()) return;
+        if (arraysToo) {
+            const Pending& p = pending.front();
+            auto found = zorexp_cli::ResolvePath(*m_blocks[p.block].model, p.entry->path);
+            throw InputError(p.entry->pointer, "block " + m_blocks[p.block].name + ": " + found.problem);
+        }
+        arraysToo = true;
+    }
+    throw ModelFailure("set-up does not settle: arrays still change size after " + std::to_string(kMaxRounds) +
+                       " rounds of SetDims and ExecuteAssignments");
+}
+
+int Flowsheet::BlockOf(const VX_Type& object) const {
+    const VX_Type* top = &object;
+    while (top->Owner()) top = top->Owner();
+    auto it = m_blockOfTop.find(top);
+    return it == m_blockOfTop.end() ? -1 : it->second;
+}
+
+std::string Flowsheet::NameOf(const VX_Type& object) const {
+    const int b = BlockOf(object);
+    const std::string path = object.Path();
+    if (b < 0) return path;
+    return path.empty() ? m_blocks[static_cast<std::size_t>(b)].name : m_blocks[static_cast<std::size_t>(b)].name + "." + path;
+}
+
+}  // namespace zx::flowsheet

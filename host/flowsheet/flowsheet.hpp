@@ -1,0 +1,70 @@
+#pragma once
+// A flowsheet set up from its file: one runtime session holding the component lists and the
+// globals, and the blocks, each created through the block creator and brought through the
+// set-up protocol with the file's values applied as user values.
+#include <functional>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "flowsheet/flowsheet_document.hpp"
+
+class VX_Containable;
+class VX_ModelType;
+class VX_Session;
+class VX_Type;
+
+namespace zx::flowsheet {
+
+// Makes a block of the named type holding one reference, or returns null and says why in
+// error. The command passes one that calls the model library's factory exports; tests pass
+// one that constructs classes directly.
+using BlockCreator = std::function<VX_Type*(const std::string& typeName, std::string& error)>;
+
+// A creator over a model library's factory exports: find returns the factory of a type name
+// ("<name>Factory") or null when the library has none.
+using FactoryFunction = VX_Containable* (*)();
+BlockCreator CreatorFromFactories(std::function<FactoryFunction(const std::string& typeName)> find);
+
+struct Block {
+    std::string name;
+    std::string type;
+    VX_ModelType* model = nullptr;   // one reference, released by the flowsheet
+};
+
+class Flowsheet {
+public:
+    // Creates a session (current while the flowsheet lives), the component lists and the
+    // blocks; applies the globals and the blocks' values in rounds of SetDims and
+    // ExecuteAssignments until no array changes size and every value has found its property.
+    // Throws InputError for anything in the file that cannot be applied, ModelFailure when a
+    // block fails an operation.
+    static std::unique_ptr<Flowsheet> Build(const FlowsheetDocument& doc, const BlockCreator& create);
+    ~Flowsheet();
+    Flowsheet(const Flowsheet&) = delete;
+    Flowsheet& operator=(const Flowsheet&) = delete;
+
+    const std::vector<Block>& Blocks() const { return m_blocks; }
+    VX_Session& Session() { return *m_session; }
+    // Rounds of SetDims and ExecuteAssignments set-up took.
+    int SetUpRounds() const { return m_rounds; }
+
+    // The block an object belongs to (-1 if none) and its name for users: "R1.T_CELL(3)".
+    int BlockOf(const VX_Type& object) const;
+    std::string NameOf(const VX_Type& object) const;
+
+private:
+    Flowsheet();
+    void CreateBlocks(const FlowsheetDocument& doc, const BlockCreator& create);
+    void ApplyGlobals(const FlowsheetDocument& doc);
+    void SetUp(const FlowsheetDocument& doc);
+
+    std::unique_ptr<VX_Session> m_session;
+    VX_Session* m_previous = nullptr;
+    std::vector<Block> m_blocks;
+    std::unordered_map<const VX_Type*, int> m_blockOfTop;
+    int m_rounds = 0;
+};
+
+}  // namespace zx::flowsheet

@@ -1,0 +1,44 @@
+#pragma once
+// The flowsheet commands as the zorexp command calls them. Each reads and sets up the whole
+// file before anything else, writes results on out and diagnostics on err, and returns the
+// exit status:
+//   0 done; 1 the solver did not converge (or the Jacobian check found differences);
+//   2 bad input (one line per fault with its file location); 3 not solvable as posed
+//   (not square or structurally singular: the report names what to fix).
+#include <iosfwd>
+#include <string>
+
+#include "flowsheet/flowsheet.hpp"
+#include "flowsheet/flowsheet_jacobian_check.hpp"
+#include "flowsheet/input_error.hpp"
+#include "solver/newton_solver.hpp"
+
+namespace zx::flowsheet {
+
+struct SolveCommandOptions {
+    std::string file;
+    bool json = false;             // results as JSON on out instead of text
+    std::string csvFile;           // also write every variable to this CSV file
+    bool iterationLog = true;      // one line per Newton iteration on err
+    zx::solve::SolverOptions solver;
+};
+
+struct AnalyseCommandOptions {
+    std::string file;
+    bool json = false;
+};
+
+struct CheckJacobianCommandOptions {
+    std::string file;
+    JacobianCheckOptions check;
+};
+
+// Sets up, analyses and solves; writes the results (also when not converged).
+int RunSolve(const SolveCommandOptions& options, const BlockCreator& create, std::ostream& out, std::ostream& err);
+// Sets up and analyses only: equations against unknowns, structural rank, what to fix.
+int RunAnalyse(const AnalyseCommandOptions& options, const BlockCreator& create, std::ostream& out, std::ostream& err);
+// Sets up and compares the analytic Jacobian with finite differences at the file's values.
+int RunCheckJacobian(const CheckJacobianCommandOptions& options, const BlockCreator& create, std::ostream& out,
+                     std::ostream& err);
+
+}  // namespace zx::flowsheet

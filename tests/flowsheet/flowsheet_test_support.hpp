@@ -1,0 +1,80 @@
+// Shared by the flowsheet tests: blocks made from the model classes directly, flowsheets
+// set up from text, and files for the commands.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <unistd.h>
+#include <string>
+
+#include "flowsheet/equation_system.hpp"
+#include "flowsheet/flowsheet.hpp"
+#include "flowsheet/flowsheet_commands.hpp"
+#include "models/unitops/rplug_tcool.hpp"
+#include "models/unitops/rplug_tcool1.hpp"
+
+namespace zx::flowsheet::testing {
+
+// The coolant models, by type name; anything else is unknown.
+inline VX_Type* CreateBlock(const std::string& type, std::string& error) {
+    VX_Type* made = nullptr;
+    if (VX_EqualCI(type.c_str(), "RPLUG_TCOOL1")) made = new VX_RPLUG_TCOOL1(true);
+    else if (VX_EqualCI(type.c_str(), "RPLUG_TCOOL")) made = new VX_RPLUG_TCOOL(true);
+    if (!made) {
+        error = "the tests make RPLUG_TCOOL and RPLUG_TCOOL1 only";
+        return nullptr;
+    }
+    made->AddRef();
+    return made;
+}
+
+// A flowsheet set up from text and gathered into one system.
+struct SetUpSheet {
+    std::unique_ptr<Flowsheet> sheet;
+    std::unique_ptr<EquationSystem> system;
+
+    explicit SetUpSheet(const std::string& text, const BlockCreator& create = CreateBlock)
+        : sheet(Flowsheet::Build(ReadFlowsheetText(text), create)), system(std::make_unique<EquationSystem>(*sheet)) {}
+};
+
+// The location and message of the InputError that reading and setting up the text throws,
+// as "location: message", or "no error".
+inline std::string InputErrorOf(const std::string& text) {
+    try {
+        SetUpSheet s(text);
+    } catch (const InputError& e) {
+        return e.Location() + ": " + e.what();
+    }
+    return "no error";
+}
+
+// A file holding text, removed with the object.
+class TempFile {
+public:
+    explicit TempFile(const std::string& text, const std::string& suffix = ".json") {
+        static int counter = 0;
+        m_path = (std::filesystem::temp_directory_path() /
+                  ("zx_flowsheet_test_" + std::to_string(::getpid()) + "_" + std::to_string(counter++) + suffix))
+                     .string();
+        std::ofstream(m_path) << text;
+    }
+    ~TempFile() { std::remove(m_path.c_str()); }
+    const std::string& Path() const { return m_path; }
+
+private:
+    std::string m_path;
+};
+
+// One RPLUG_TCOOL1 block named C1 with CTYPE "TCool-Spec" over points 0..npts; extra is
+// spliced into its "set" object.
+inline std::string HeatFluxSheet(int npts, const std::string& extra) {
+    return R"({"blocks": {"C1": {"type": "RPLUG_TCOOL1", "set": {"NPTS": )" + std::to_string(npts) +
+           R"(, "CTYPE": "TCool-Spec")" + (extra.empty() ? "" : ", " + extra) + "}}}}";
+}
+
+}  // namespace zx::flowsheet::testing
