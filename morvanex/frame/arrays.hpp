@@ -13,17 +13,13 @@
 #include "runtime/runtime.hpp"
 #include "stocklib/multi_index_arrays.hpp"
 
-// What every array template adds to its base: making elements of type T, answering as an array
-// to reference checks, and copying: element values are assigned one by one; when the sets differ
+// What every array template adds to its base: making elements of type T, and copying: element values are assigned one by one; when the sets differ
 // the copy is first sized over the other array's sets, as fixed values (it follows no set
 // property until sized over one again).
 template <class T, class Base>
 class VX_ArrayOf : public Base {
 public:
     VX_Type* NewElement() override { return new T(true); }
-    bool ContainerDerivesFrom(const char* id) const override {
-        return id && VX_EqualCI(id, VX_MatrixContainerId());
-    }
 
 protected:
     VX_ArrayOf() = default;

@@ -4,9 +4,15 @@
 #include <stdexcept>
 #include <unordered_map>
 
+#include "zorexp/references.hpp"
+
 VX_Matrix::~VX_Matrix() {
     Follow(nullptr);
     ClearElements();
+}
+
+bool VX_Matrix::ContainerDerivesFrom(const char* id) const {
+    return id && VX_EqualCI(id, VX_MatrixContainerId());
 }
 
 void VX_Matrix::Follow(const VX_Set* set) {
@@ -31,7 +37,10 @@ VX_Type* VX_Matrix::Adopt(VX_Type* element, int position) {
 
 void VX_BASE_I::Resize(std::shared_ptr<const VX_IntSetData> set) {
     if (!set) set = std::make_shared<VX_IntSetData>();
-    if (*set == *m_set && m_elements.size() == set->Size()) return;
+    if (*set == *m_set && m_elements.size() == set->Size()) {
+        m_set = std::move(set);   // same members: only the set object changes
+        return;
+    }
     // Keep the elements whose index survives; drop the others.
     std::vector<VX_Type*> old;
     old.swap(m_elements);
@@ -82,7 +91,10 @@ void VX_BASE_I::ThrowMissing(int index) const {
 
 void VX_BASE_S::Resize(std::shared_ptr<const VX_StrSetData> set) {
     if (!set) set = std::make_shared<VX_StrSetData>();
-    if (*set == *m_set && m_elements.size() == set->Size()) return;
+    if (*set == *m_set && m_elements.size() == set->Size()) {
+        m_set = std::move(set);   // same members: only the set object changes
+        return;
+    }
     std::vector<VX_Type*> old;
     old.swap(m_elements);
     const auto oldSet = m_set;

@@ -1,6 +1,7 @@
 #include "zorexp/variable.hpp"
 
 #include "zorexp/runtime_defaults.hpp"
+#include "zorexp/references.hpp"
 #include "zorexp/session.hpp"
 
 namespace d = vx_defaults;
@@ -47,4 +48,8 @@ VX_Variable& VX_Variable::operator=(const VX_Variable& o) {
     m_lower = o.m_lower;
     m_upper = o.m_upper;
     return *this;
+}
+
+bool VX_Variable::ContainerDerivesFrom(const char* id) const {
+    return id && VX_EqualCI(id, VX_RealVariableContainerId());
 }

@@ -13,6 +13,8 @@ class VX_Matrix : public VX_Type, public VX_SetDependent {
 public:
     ~VX_Matrix() override;
     bool IsAnArray() const override { return true; }
+    // Every array answers to the matrix container id.
+    bool ContainerDerivesFrom(const char* id) const override;
     // Makes one element (with its properties constructed); the array takes ownership.
     virtual VX_Type* NewElement() = 0;
     // Creates the elements for all members of the current index set.

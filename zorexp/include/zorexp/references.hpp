@@ -49,6 +49,10 @@ protected:
 
 class VX_VirtualBase : public VX_Type {
 public:
+    VX_VirtualBase() = default;
+    // A copy starts without an object: the object belongs to the original alone.
+    VX_VirtualBase(const VX_VirtualBase&) : VX_Type() {}
+    VX_VirtualBase& operator=(const VX_VirtualBase&) { return *this; }
     ~VX_VirtualBase() override;
     static VX_Type* AddProperty(VX_VirtualBase* member, VX_Type* owner, const char* name,
                                 const char* description, int flags, int reserved);

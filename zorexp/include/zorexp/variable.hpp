@@ -53,6 +53,8 @@ public:
     // Time derivatives are not provided by this steady-state runtime.
     VX_Variable* DERIVATIVE() { return nullptr; }
     bool IsSolverVariable() const override { return true; }
+    // Every variable, whatever its type, answers to the real-variable container id.
+    bool ContainerDerivesFrom(const char* id) const override;
 
     // Solver access: sets the value without recording an assignment.
     void SetSolverValue(double x) { m_value = x; }
