@@ -5,10 +5,26 @@
 #include <unordered_map>
 
 #include "zorexp/references.hpp"
+#include "zorexp/variable.hpp"
 
 VX_Matrix::~VX_Matrix() {
     Follow(nullptr);
     ClearElements();
+}
+
+void VX_Matrix::BindValues() {
+    VX_Type* first = nullptr;
+    for (VX_Type* e : m_elements)
+        if (e) { first = e; break; }
+    if (!first || !first->IsSolverVariable()) {
+        m_values.reset();
+        return;
+    }
+    // The old slots stay alive until every element has copied its value to the new ones.
+    auto values = std::make_unique<double[]>(m_elements.size());
+    for (std::size_t k = 0; k < m_elements.size(); ++k)
+        if (m_elements[k]) static_cast<VX_Variable*>(m_elements[k])->BindValueSlot(&values[k]);
+    m_values = std::move(values);
 }
 
 bool VX_Matrix::ContainerDerivesFrom(const char* id) const {
@@ -61,6 +77,7 @@ void VX_BASE_I::Resize(std::shared_ptr<const VX_IntSetData> set) {
 void VX_BASE_I::NewElements() {
     for (std::size_t k = 0; k < m_elements.size(); ++k)
         if (!m_elements[k]) Adopt(NewElement(), static_cast<int>(k));
+    BindValues();
 }
 
 VX_Type* VX_BASE_I::CreateMissingArrayElement(const char* indexText) {
@@ -70,7 +87,10 @@ VX_Type* VX_BASE_I::CreateMissingArrayElement(const char* indexText) {
     if (end == indexText || *end != '\0') return nullptr;
     auto pos = m_set->PositionOf(static_cast<int>(index));
     if (!pos) return nullptr;
-    if (!m_elements[*pos]) Adopt(NewElement(), static_cast<int>(*pos));
+    if (!m_elements[*pos]) {
+        Adopt(NewElement(), static_cast<int>(*pos));
+        BindValues();
+    }
     return m_elements[*pos];
 }
 
@@ -81,6 +101,13 @@ std::string VX_BASE_I::IndexText(int position) const {
 VX_Type* VX_BASE_I::FindSlow(int index) const {
     auto pos = m_set->PositionOf(index);
     return pos ? m_elements[*pos] : nullptr;
+}
+
+double VX_BASE_I::ValueSlow(int index) const {
+    const VX_Type* e = Find(index);
+    if (!e) ThrowMissing(index);
+    if (!e->IsSolverVariable()) throw std::logic_error("array " + Path() + " does not hold variables");
+    return static_cast<const VX_Variable*>(e)->fv();
 }
 
 void VX_BASE_I::ThrowMissing(int index) const {
@@ -111,13 +138,17 @@ void VX_BASE_S::Resize(std::shared_ptr<const VX_StrSetData> set) {
 void VX_BASE_S::NewElements() {
     for (std::size_t k = 0; k < m_elements.size(); ++k)
         if (!m_elements[k]) Adopt(NewElement(), static_cast<int>(k));
+    BindValues();
 }
 
 VX_Type* VX_BASE_S::CreateMissingArrayElement(const char* indexText) {
     if (!indexText) return nullptr;
     auto pos = m_set->PositionOf(indexText);
     if (!pos) return nullptr;
-    if (!m_elements[*pos]) Adopt(NewElement(), static_cast<int>(*pos));
+    if (!m_elements[*pos]) {
+        Adopt(NewElement(), static_cast<int>(*pos));
+        BindValues();
+    }
     return m_elements[*pos];
 }
 
@@ -132,6 +163,11 @@ VX_Type* VX_BASE_S::Find(const char* index) const {
 VX_Type& VX_BASE_S::Get(const char* index) const {
     if (VX_Type* e = Find(index)) return *e;
     throw std::out_of_range("array " + Path() + " has no element (" + std::string(index ? index : "") + ")");
+}
+
+double VX_BASE_S::ValueOf(const VX_Type& element) {
+    if (!element.IsSolverVariable()) throw std::logic_error("array element " + element.Path() + " is not a variable");
+    return static_cast<const VX_Variable&>(element).fv();
 }
 
 VX_Type& VX_BASE_S::GetAt(const VX_StringSetIter& it) const {

@@ -36,7 +36,7 @@ VX_Variable::~VX_Variable() {
 }
 
 void VX_Variable::InitializeSystemAttributes() {
-    m_value = VX_DefaultVALUE()->RealValue();
+    *m_slot = VX_DefaultVALUE()->RealValue();
     m_lower = VX_DefaultLOWER()->RealValue();
     m_upper = VX_DefaultUPPER()->RealValue();
     m_spec = static_cast<std::int8_t>(VX_DefaultSPEC()->IntValue());
@@ -44,7 +44,7 @@ void VX_Variable::InitializeSystemAttributes() {
 
 VX_Variable& VX_Variable::operator=(const VX_Variable& o) {
     VX_VarParam::operator=(o);
-    m_value = o.m_value;
+    *m_slot = o.fv();
     m_lower = o.m_lower;
     m_upper = o.m_upper;
     return *this;

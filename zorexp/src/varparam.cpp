@@ -134,7 +134,7 @@ void VX_VarParam::Store(VX_Attr attr, const VX_Value& value) {
     case RealVariable: {
         auto& self = static_cast<VX_Variable&>(*this);
         switch (attr) {
-        case VX_ATTR_VALUE: self.m_value = value.RealValue(); break;
+        case VX_ATTR_VALUE: *self.m_slot = value.RealValue(); break;
         case VX_ATTR_LOWER: self.m_lower = value.RealValue(); break;
         case VX_ATTR_UPPER: self.m_upper = value.RealValue(); break;
         case VX_ATTR_SPEC: m_spec = static_cast<std::int8_t>(value.IntValue()); break;

@@ -144,8 +144,8 @@ int VX_RPLUG_TCOOL::Residuals(double* r, int group, int start) {
     if (group != 0 && group != m_firstGroup + 2) {
         AddEqnsInGroup(m_firstGroup + 2, idx);
     } else {
-        const CellDuty q{(T_CELL0.fv() + T_CELL(1).fv()) * 0.5 - T_COOL.fv(), b, c, d};
-        r[idx++] = Q(1).fv() - q.Value();
+        const CellDuty q{(T_CELL0.fv() + T_CELL.fv(1)) * 0.5 - T_COOL.fv(), b, c, d};
+        r[idx++] = Q.fv(1) - q.Value();
         if (group != 0) return end;
     }
     if (group != 0 && group != m_firstGroup + 3) {
@@ -155,8 +155,8 @@ int VX_RPLUG_TCOOL::Residuals(double* r, int group, int start) {
         VX_IntegerSetIter i(NPOINTS);
         while (i.Next()) {
             if (i.fv() == 1) continue;
-            const CellDuty q{(T_CELL(i.fv() - 1).fv() + T_CELL(i).fv()) * 0.5 - tCool, b, c, d};
-            r[idx++] = Q(i).fv() - q.Value();
+            const CellDuty q{(T_CELL.fv(i.fv() - 1) + T_CELL.fv(i.fv())) * 0.5 - tCool, b, c, d};
+            r[idx++] = Q.fv(i.fv()) - q.Value();
         }
         if (group != 0) return end;
     }
@@ -193,7 +193,7 @@ int VX_RPLUG_TCOOL::Jacobian(double* values, int group, int start) {
     if (group != 0 && group != m_firstGroup + 2) {
         AddNZsandProcsInGroup(m_firstGroup + 2, idx);
     } else {
-        cell((T_CELL0.fv() + T_CELL(1).fv()) * 0.5 - T_COOL.fv());
+        cell((T_CELL0.fv() + T_CELL.fv(1)) * 0.5 - T_COOL.fv());
         if (group != 0) return end;
     }
     if (group != 0 && group != m_firstGroup + 3) {
@@ -203,7 +203,7 @@ int VX_RPLUG_TCOOL::Jacobian(double* values, int group, int start) {
         VX_IntegerSetIter i(NPOINTS);
         while (i.Next()) {
             if (i.fv() == 1) continue;
-            cell((T_CELL(i.fv() - 1).fv() + T_CELL(i).fv()) * 0.5 - tCool);
+            cell((T_CELL.fv(i.fv() - 1) + T_CELL.fv(i.fv())) * 0.5 - tCool);
         }
         if (group != 0) return end;
     }

@@ -118,9 +118,9 @@ int VX_RPLUG_TCOOL1::Residuals(double* r, int group, int start) {
         VX_IntegerSetIter i(NRANGE);
         if (m_ctypeEquation == kTCoolSpec) {
             const double tCool = T_COOL.fv();
-            while (i.Next()) r[k++] = Q_FLUX(i).fv() - (T_PROCESS(i).fv() - tCool) * u;
+            while (i.Next()) r[k++] = Q_FLUX.fv(i.fv()) - (T_PROCESS.fv(i.fv()) - tCool) * u;
         } else if (m_ctypeEquation == kTCoolProf) {
-            while (i.Next()) r[k++] = Q_FLUX(i).fv() - (T_PROCESS(i).fv() - T_COOL_(i).fv()) * u;
+            while (i.Next()) r[k++] = Q_FLUX.fv(i.fv()) - (T_PROCESS.fv(i.fv()) - T_COOL_.fv(i.fv())) * u;
         }
         idx = k;
         if (group != 0) return end;
@@ -144,14 +144,14 @@ int VX_RPLUG_TCOOL1::Jacobian(double* values, int group, int start) {
             const double tCool = T_COOL.fv();
             while (i.Next()) {
                 values[k++] = 1.0;                            // Q_FLUX(i)
-                values[k++] = -(T_PROCESS(i).fv() - tCool);   // U
+                values[k++] = -(T_PROCESS.fv(i.fv()) - tCool);   // U
                 values[k++] = -u;                             // T_PROCESS(i)
                 values[k++] = u;                              // T_COOL
             }
         } else if (m_ctypeEquation == kTCoolProf) {
             while (i.Next()) {
                 values[k++] = 1.0;
-                values[k++] = -(T_PROCESS(i).fv() - T_COOL_(i).fv());
+                values[k++] = -(T_PROCESS.fv(i.fv()) - T_COOL_.fv(i.fv()));
                 values[k++] = -u;
                 values[k++] = u;                              // T_COOL_(i)
             }

@@ -44,8 +44,8 @@ public:
     void InitializeSystemAttributes();
 
     // Value with dependency recording (set-up) and fast value (Residuals, Jacobian).
-    double v() const { RecordRead(); return m_value; }
-    double fv() const { return m_value; }
+    double v() const { RecordRead(); return *m_slot; }
+    double fv() const { return *m_slot; }
     double Lower() const { return m_lower; }
     double Upper() const { return m_upper; }
     VX_SpecVarParamProp SPEC() { return {*this, VX_ATTR_SPEC}; }
@@ -57,16 +57,27 @@ public:
     bool ContainerDerivesFrom(const char* id) const override;
 
     // Solver access: sets the value without recording an assignment.
-    void SetSolverValue(double x) { m_value = x; }
+    void SetSolverValue(double x) { *m_slot = x; }
+    // Arrays keep their elements' values side by side, so that equations read them like a
+    // flat vector; such a variable's value lives in the array's slot instead of in itself.
+    void BindValueSlot(double* slot) {
+        *slot = *m_slot;
+        m_slot = slot;
+    }
+    void UnbindValueSlot() {
+        m_own = *m_slot;
+        m_slot = &m_own;
+    }
     int Column() const { return m_column; }
     void SetColumn(int c) { m_column = c; }
 
 protected:
     VX_Variable() : VX_VarParam(RealVariable) {}
-    VX_Variable(const VX_Variable& o) : VX_VarParam(o), m_value(o.m_value), m_lower(o.m_lower), m_upper(o.m_upper) {}
+    VX_Variable(const VX_Variable& o) : VX_VarParam(o), m_own(o.fv()), m_lower(o.m_lower), m_upper(o.m_upper) {}
     VX_Variable& operator=(const VX_Variable& o);
 
-    double m_value = 0.0;
+    double* m_slot = &m_own;   // where the value lives: m_own, or an array's value slot
+    double m_own = 0.0;
     double m_lower = 0.0;
     double m_upper = 0.0;
 
