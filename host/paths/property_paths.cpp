@@ -106,7 +106,8 @@ PathResolution ResolvePath(VX_Type& root, std::string_view path) {
         if (name.empty()) return {nullptr, "malformed property path \"" + std::string(path) + "\""};
         const std::string owner = walked.empty() ? root.TypeName() : walked;
         VX_Type* found = current->FindProperty(std::string(name).c_str());
-        walked += (walked.empty() ? "" : ".") + std::string(name);
+        if (!walked.empty()) walked += '.';
+        walked.append(name);
         if (!found) return {nullptr, "no property " + std::string(name) + " in " + owner};
         current = Dereference(found);
         if (open == std::string_view::npos) continue;
@@ -115,7 +116,9 @@ PathResolution ResolvePath(VX_Type& root, std::string_view path) {
         const auto indices = Split(indexText, ',');
         VX_Type* element = FindElement(*array, indices, 0);
         if (!element) return {nullptr, "no element " + walked + "(" + std::string(indexText) + "): " + IndexList(*array)};
-        walked += "(" + std::string(indexText) + ")";
+        walked += '(';
+        walked.append(indexText);
+        walked += ')';
         current = Dereference(element);
     }
     return {current, {}};

@@ -12,6 +12,40 @@ VX_Matrix::~VX_Matrix() {
     ClearElements();
 }
 
+template <class Data>
+bool VX_Matrix::Reindex(std::shared_ptr<const Data>& current, std::shared_ptr<const Data> next) {
+    if (*next == *current && m_elements.size() == next->Size()) {
+        current = std::move(next);   // same members: only the set object changes
+        return false;
+    }
+    std::vector<VX_Type*> old;
+    old.swap(m_elements);
+    const auto oldSet = std::move(current);
+    current = std::move(next);
+    m_elements.assign(current->Size(), nullptr);
+    for (std::size_t k = 0; k < old.size(); ++k) {
+        if (!old[k]) continue;
+        if (auto pos = current->PositionOf(oldSet->At(k))) Adopt(old[k], static_cast<int>(*pos));
+        else delete old[k];
+    }
+    NewElements();
+    return true;
+}
+
+void VX_Matrix::NewElements() {
+    for (std::size_t k = 0; k < m_elements.size(); ++k)
+        if (!m_elements[k]) Adopt(NewElement(), static_cast<int>(k));
+    BindValues();
+}
+
+VX_Type* VX_Matrix::ElementAt(std::size_t position) {
+    if (!m_elements[position]) {
+        Adopt(NewElement(), static_cast<int>(position));
+        BindValues();
+    }
+    return m_elements[position];
+}
+
 void VX_Matrix::BindValues() {
     VX_Type* first = nullptr;
     for (VX_Type* e : m_elements)
@@ -52,32 +86,9 @@ VX_Type* VX_Matrix::Adopt(VX_Type* element, int position) {
 // ---------------------------------------------------------------- integer-indexed
 
 void VX_BASE_I::Resize(std::shared_ptr<const VX_IntSetData> set) {
-    if (!set) set = std::make_shared<VX_IntSetData>();
-    if (*set == *m_set && m_elements.size() == set->Size()) {
-        m_set = std::move(set);   // same members: only the set object changes
-        return;
-    }
-    // Keep the elements whose index survives; drop the others.
-    std::vector<VX_Type*> old;
-    old.swap(m_elements);
-    const auto oldSet = m_set;
-    m_set = std::move(set);
+    if (!Reindex(m_set, set ? std::move(set) : std::make_shared<const VX_IntSetData>())) return;
     m_contiguous = m_set->Ranges().size() <= 1;
     m_low = m_set->Empty() ? 0 : m_set->Ranges().front().first;
-    m_elements.assign(m_set->Size(), nullptr);
-    for (std::size_t k = 0; k < old.size(); ++k) {
-        if (!old[k]) continue;
-        const int index = oldSet->At(k);
-        if (auto pos = m_set->PositionOf(index)) Adopt(old[k], static_cast<int>(*pos));
-        else delete old[k];
-    }
-    NewElements();
-}
-
-void VX_BASE_I::NewElements() {
-    for (std::size_t k = 0; k < m_elements.size(); ++k)
-        if (!m_elements[k]) Adopt(NewElement(), static_cast<int>(k));
-    BindValues();
 }
 
 VX_Type* VX_BASE_I::CreateMissingArrayElement(const char* indexText) {
@@ -86,12 +97,7 @@ VX_Type* VX_BASE_I::CreateMissingArrayElement(const char* indexText) {
     const long index = std::strtol(indexText, &end, 10);
     if (end == indexText || *end != '\0') return nullptr;
     auto pos = m_set->PositionOf(static_cast<int>(index));
-    if (!pos) return nullptr;
-    if (!m_elements[*pos]) {
-        Adopt(NewElement(), static_cast<int>(*pos));
-        BindValues();
-    }
-    return m_elements[*pos];
+    return pos ? ElementAt(*pos) : nullptr;
 }
 
 std::string VX_BASE_I::IndexText(int position) const {
@@ -117,39 +123,13 @@ void VX_BASE_I::ThrowMissing(int index) const {
 // ---------------------------------------------------------------- string-indexed
 
 void VX_BASE_S::Resize(std::shared_ptr<const VX_StrSetData> set) {
-    if (!set) set = std::make_shared<VX_StrSetData>();
-    if (*set == *m_set && m_elements.size() == set->Size()) {
-        m_set = std::move(set);   // same members: only the set object changes
-        return;
-    }
-    std::vector<VX_Type*> old;
-    old.swap(m_elements);
-    const auto oldSet = m_set;
-    m_set = std::move(set);
-    m_elements.assign(m_set->Size(), nullptr);
-    for (std::size_t k = 0; k < old.size(); ++k) {
-        if (!old[k]) continue;
-        if (auto pos = m_set->PositionOf(oldSet->At(k))) Adopt(old[k], static_cast<int>(*pos));
-        else delete old[k];
-    }
-    NewElements();
-}
-
-void VX_BASE_S::NewElements() {
-    for (std::size_t k = 0; k < m_elements.size(); ++k)
-        if (!m_elements[k]) Adopt(NewElement(), static_cast<int>(k));
-    BindValues();
+    Reindex(m_set, set ? std::move(set) : std::make_shared<const VX_StrSetData>());
 }
 
 VX_Type* VX_BASE_S::CreateMissingArrayElement(const char* indexText) {
     if (!indexText) return nullptr;
     auto pos = m_set->PositionOf(indexText);
-    if (!pos) return nullptr;
-    if (!m_elements[*pos]) {
-        Adopt(NewElement(), static_cast<int>(*pos));
-        BindValues();
-    }
-    return m_elements[*pos];
+    return pos ? ElementAt(*pos) : nullptr;
 }
 
 std::string VX_BASE_S::IndexText(int position) const { return m_set->At(static_cast<std::size_t>(position)); }

@@ -18,7 +18,7 @@ public:
     // Makes one element (with its properties constructed); the array takes ownership.
     virtual VX_Type* NewElement() = 0;
     // Creates the elements for all members of the current index set.
-    virtual void NewElements() = 0;
+    virtual void NewElements();
     // Creates one element named by its index text, when the index is a member of the set.
     virtual VX_Type* CreateMissingArrayElement(const char* indexText) = 0;
     // Index text of the element at a position ("0", "A", "A,1").
@@ -38,6 +38,12 @@ protected:
     void ClearElements();
     // Gives every variable element its slot in a value vector in set order.
     void BindValues();
+    // The element at a position, made when missing.
+    VX_Type* ElementAt(std::size_t position);
+    // Re-sizes over next, keeping the elements whose index survives (Data is the index set's
+    // data type). Returns false when next has the same members as current.
+    template <class Data>
+    bool Reindex(std::shared_ptr<const Data>& current, std::shared_ptr<const Data> next);
     std::unique_ptr<double[]> m_values;   // slots of the elements' values, when they are variables
     // Follows the index set given to SetDim: re-sized whenever that set's value changes.
     void Follow(const VX_Set* set);
@@ -55,7 +61,6 @@ public:
     // Sizes the array over a fixed set value.
     void SetDim(std::shared_ptr<const VX_IntSetData> set) { Follow(nullptr); Resize(std::move(set)); }
     void IndexSetChanged() override { if (m_source) Resize(static_cast<const VX_INTEGERSET*>(m_source)->Shared()); }
-    void NewElements() override;
     VX_Type* CreateMissingArrayElement(const char* indexText) override;
     std::string IndexText(int position) const override;
 
@@ -103,7 +108,6 @@ public:
     void SetDim(const VX_StrSetValue& set) { Follow(nullptr); Resize(set.Shared()); }
     void SetDim(std::shared_ptr<const VX_StrSetData> set) { Follow(nullptr); Resize(std::move(set)); }
     void IndexSetChanged() override { if (m_source) Resize(static_cast<const VX_STRINGSET*>(m_source)->Shared()); }
-    void NewElements() override;
     VX_Type* CreateMissingArrayElement(const char* indexText) override;
     std::string IndexText(int position) const override;
 
