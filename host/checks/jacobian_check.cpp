@@ -3,170 +3,180 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <map>
+#include <queue>
 
-#include "zorexp/session.hpp"
-#include "zorexp/variable.hpp"
+#include "solver/sparse_pattern.hpp"
 
 namespace zx::checks {
-
-// Why these tolerances. The residuals of generated equations are sums of products in which
-// every variable occurs to a low power, so the truncation error of a central difference,
-// h^2/6 * |f'''|, is zero for the multilinear equations and about 1e-12 relative otherwise
-// with h = 1e-6 * max(|x|, 1). What remains is rounding: each residual carries an error of a
-// few ulps of its magnitude, which the quotient divides by 2h; the allowance below covers it
-// with a factor of 100 to spare. Beyond that, a tolerance of 1e-5 relative to max(1, |J|)
-// passes every correct entry with a margin of several orders of magnitude, while a wrong
-// formula (a missing factor, a wrong sign, a term with the wrong variable) is off by O(1).
-
 namespace {
 
-constexpr double kEps = std::numeric_limits<double>::epsilon();
-constexpr int kGuard = 8;   // cells past the end that must stay untouched
-const double kSentinel = std::numeric_limits<double>::quiet_NaN();
-
-bool Untouched(const std::vector<double>& v, std::size_t from) {
-    for (std::size_t k = from; k < v.size(); ++k)
-        if (!std::isnan(v[k])) return false;
-    return true;
+// The one pass rule: an entry passes when its scaled error is at most 1. Why these numbers.
+// The truncation error of a central difference, h^2/6 * |f'''|, is zero for the multilinear
+// equations models mostly consist of and about 1e-11 relative otherwise with the default
+// h = 6e-6 * max(1, |x|), a step near the cube root of the machine epsilon, where truncation
+// and rounding balance. Rounding: each residual carries a few ulps of its magnitude, which
+// the quotient divides by 2h; the allowance covers it with a factor of 100 to spare (it
+// matters for residuals that are large beside their derivatives). Beyond that, a tolerance of
+// 1e-5 relative to the larger of 1, the analytic value and the difference passes every correct
+// entry by orders of magnitude, while a wrong formula (a missing factor, a wrong sign, a term
+// with the wrong variable) is off by O(1).
+double ScaledError(double analytic, double fd, double rPlus, double rMinus, double twoH, double tolerance) {
+    const double rounding = 100.0 * std::numeric_limits<double>::epsilon() * std::max(std::fabs(rPlus), std::fabs(rMinus)) / twoH;
+    return std::fabs(analytic - fd) / (tolerance * std::max({1.0, std::fabs(analytic), std::fabs(fd)}) + rounding);
 }
 
-// Puts a variable back to its value when the check leaves its scope, however it leaves.
-class RestoreValue {
+// Groups of columns that share no row: within a group, each row moves with one column only.
+// byRow is the transposed pattern (the columns of each row).
+std::vector<std::vector<int>> ColourColumns(const zx::solve::CscPattern& csc, const zx::solve::CscPattern& byRow) {
+    std::vector<int> colour(csc.n_cols, -1), usedBy;
+    std::vector<std::vector<int>> groups;
+    for (int c = 0; c < csc.n_cols; ++c) {
+        for (int s = csc.col_start[c]; s < csc.col_start[c + 1]; ++s) {
+            const int row = csc.row_index[s];
+            for (int t = byRow.col_start[row]; t < byRow.col_start[row + 1]; ++t)
+                if (const int k = colour[byRow.row_index[t]]; k >= 0) usedBy[k] = c;
+        }
+        int k = 0;
+        while (k < static_cast<int>(groups.size()) && usedBy[k] == c) ++k;
+        if (k == static_cast<int>(groups.size())) {
+            groups.emplace_back();
+            usedBy.push_back(-1);
+        }
+        colour[c] = k;
+        groups[k].push_back(c);
+    }
+    return groups;
+}
+
+struct WorseFirst {
+    bool operator()(const JacobianEntryCheck& a, const JacobianEntryCheck& b) const { return a.scaledError > b.scaledError; }
+};
+
+class Checker {
 public:
-    explicit RestoreValue(VX_Variable& v) : m_var(v), m_value(v.fv()) {}
-    ~RestoreValue() { m_var.SetSolverValue(m_value); }
-    RestoreValue(const RestoreValue&) = delete;
-    RestoreValue& operator=(const RestoreValue&) = delete;
-    double Value() const { return m_value; }
+    Checker(CheckedSystem& system, const JacobianCheckOptions& options)
+        : m_system(system), m_options(options), m_rp(system.Rows()), m_rm(system.Rows()) {
+        for (int c = 0; c < system.Columns(); ++c) m_x0.push_back(system.Value(c));
+    }
+    ~Checker() {
+        for (int c = 0; c < static_cast<int>(m_x0.size()); ++c) m_system.SetValue(c, m_x0[c]);
+    }
+    Checker(const Checker&) = delete;
+    Checker& operator=(const Checker&) = delete;
+
+    // Residuals at +h and -h of the columns perturbed together; false when the system failed.
+    bool Difference(const std::vector<int>& group) {
+        auto move = [&](double sign) {
+            for (int c : group) m_system.SetValue(c, m_x0[c] + sign * Step(c));
+        };
+        move(+1.0);
+        bool ok = m_system.Residuals(m_rp.data());
+        move(-1.0);
+        ok = m_system.Residuals(m_rm.data()) && ok;
+        move(0.0);
+        m_result.residualEvaluations += 2;
+        return ok;
+    }
+    double Step(int c) const { return m_options.relativeStep * std::max(1.0, std::fabs(m_x0[c])); }
+    // The entry (row, column) of the last difference, taken over a step h.
+    JacobianEntryCheck Compare(int row, int column, double analytic, double h, bool declared) const {
+        const double fd = (m_rp[row] - m_rm[row]) / (2.0 * h);
+        const double err = ScaledError(analytic, fd, m_rp[row], m_rm[row], 2.0 * h, m_options.tolerance);
+        return JacobianEntryCheck{row, column, {}, {}, analytic, fd, err, declared};
+    }
+    // A NaN error fails and ranks first.
+    void Record(JacobianEntryCheck e) {
+        if (std::isnan(e.scaledError)) e.scaledError = INFINITY;
+        if (e.scaledError > 1.0) ++m_result.failures;
+        m_worst.push(std::move(e));
+        if (static_cast<int>(m_worst.size()) > m_options.worstListed) m_worst.pop();
+    }
+    JacobianCheckResult& Result() { return m_result; }
+    JacobianCheckResult Finish() {
+        for (; !m_worst.empty(); m_worst.pop()) m_result.worst.push_back(m_worst.top());
+        std::reverse(m_result.worst.begin(), m_result.worst.end());
+        for (JacobianEntryCheck& e : m_result.worst) {
+            e.rowName = m_system.RowName(e.row);
+            e.columnName = m_system.ColumnName(e.column);
+        }
+        return std::move(m_result);
+    }
 
 private:
-    VX_Variable& m_var;
-    double m_value;
+    CheckedSystem& m_system;
+    JacobianCheckOptions m_options;
+    std::vector<double> m_x0, m_rp, m_rm;
+    JacobianCheckResult m_result;
+    std::priority_queue<JacobianEntryCheck, std::vector<JacobianEntryCheck>, WorseFirst> m_worst;
 };
+
+// Groups whose undeclared dependences are traced column by column (each costs two residual
+// evaluations per column of the group).
+constexpr int kTracedGroups = 3;
 
 }  // namespace
 
-JacobianCheckResult check_jacobian(VX_ModelType& model, std::span<const int> rows, std::span<const int> cols,
-                                   const JacobianCheckOptions& options) {
-    JacobianCheckResult result;
-    model.CountEqnsAndNZs(result.equations, result.nonzeros_declared);
-    result.nonzeros_pattern = static_cast<int>(rows.size());
-    const int first = options.first_row;
-    const int neq = result.equations;
+JacobianCheckResult CheckJacobian(CheckedSystem& system, const JacobianCheckOptions& options) {
+    const std::span<const int> entryRows = system.EntryRows(), entryCols = system.EntryColumns();
+    zx::solve::TripletPattern pattern{system.Rows(), system.Columns(), {entryRows.begin(), entryRows.end()},
+                                      {entryCols.begin(), entryCols.end()}};
+    const zx::solve::CscPattern csc = zx::solve::CscPattern::from_triplets(pattern);
+    std::swap(pattern.n_rows, pattern.n_cols);
+    std::swap(pattern.rows, pattern.cols);
+    const zx::solve::CscPattern byRow = zx::solve::CscPattern::from_triplets(pattern);
 
-    if (rows.size() != cols.size()) {
-        result.problems.push_back("the pattern has " + std::to_string(rows.size()) + " rows but " +
-                                  std::to_string(cols.size()) + " columns");
-        return result;
+    Checker checker(system, options);
+    JacobianCheckResult& result = checker.Result();
+    result.entries = csc.nnz();
+    result.columns = csc.n_cols;
+    std::vector<double> values(entryRows.size()), analytic(csc.nnz());
+    if (!system.Jacobian(values.data())) {
+        result.evaluationFailed = true;
+        return checker.Finish();
     }
-    if (result.nonzeros_declared != result.nonzeros_pattern)
-        result.problems.push_back("SetUpEquations declared " + std::to_string(result.nonzeros_declared) +
-                                  " nonzeros, JacPattern gave " + std::to_string(result.nonzeros_pattern));
+    csc.scatter(values.data(), analytic.data());
 
-    const auto& columns = VX_Session::Current().Columns();
-    // Analytic entries by column, then row; duplicates of one (row, column) add up, as they do
-    // when a solver assembles the matrix.
-    std::vector<double> values(rows.size() + kGuard, kSentinel);
-    result.nonzeros_written = model.Jacobian(values.data(), 0, 0);
-    if (result.nonzeros_written != result.nonzeros_pattern)
-        result.problems.push_back("Jacobian returned " + std::to_string(result.nonzeros_written) + ", expected " +
-                                  std::to_string(result.nonzeros_pattern) + " entries");
-    if (!Untouched(values, rows.size())) {
-        result.problems.push_back("Jacobian wrote past its " + std::to_string(rows.size()) + " entries");
-        return result;
-    }
-    std::map<int, std::map<int, double>> byColumn;
-    for (std::size_t k = 0; k < rows.size(); ++k) {
-        if (rows[k] < first || rows[k] >= first + neq) {
-            result.problems.push_back("pattern entry " + std::to_string(k) + " has row " + std::to_string(rows[k]) +
-                                      " outside rows " + std::to_string(first) + ".." + std::to_string(first + neq - 1));
-            return result;
+    const auto groups = ColourColumns(csc, byRow);
+    result.groups = static_cast<int>(groups.size());
+    std::vector<int> touchedBy(csc.n_rows, -1);
+    int traced = 0;
+    for (int g = 0; g < result.groups && !result.evaluationFailed; ++g) {
+        const std::vector<int>& group = groups[g];
+        if (!checker.Difference(group)) {
+            result.evaluationFailed = true;
+            break;
         }
-        if (cols[k] < 0 || cols[k] >= static_cast<int>(columns.size()) || !columns[static_cast<std::size_t>(cols[k])]) {
-            result.problems.push_back("pattern entry " + std::to_string(k) + " has column " + std::to_string(cols[k]) +
-                                      ", which names no variable of the session");
-            return result;
-        }
-        byColumn[cols[k]][rows[k]] += values[k];
-    }
-
-    const auto rEnd = static_cast<std::size_t>(first + neq);
-    // One residual evaluation; false (with the problem recorded once) when Residuals does not
-    // write exactly its block.
-    bool residualsOk = true;
-    auto evaluate = [&](std::vector<double>& r) {
-        std::fill(r.begin(), r.end(), kSentinel);
-        const int end = model.Residuals(r.data(), 0, first);
-        result.residuals_written = end - first;
-        if (!residualsOk) return false;
-        if (end != first + neq) {
-            result.problems.push_back("Residuals returned " + std::to_string(end) + ", expected " + std::to_string(first + neq));
-            residualsOk = false;
-        } else if (!Untouched(r, rEnd)) {
-            result.problems.push_back("Residuals wrote past its " + std::to_string(neq) + " rows");
-            residualsOk = false;
-        }
-        return residualsOk;
-    };
-    std::vector<double> rPlus(rEnd + kGuard), rMinus(rEnd + kGuard);
-    if (!evaluate(rPlus)) return result;
-
-    std::vector<JacobianEntryCheck> all;
-    for (const auto& [column, entries] : byColumn) {
-        VX_Variable& var = *columns[static_cast<std::size_t>(column)];
-        std::vector<double> numeric(static_cast<std::size_t>(neq));
-        std::vector<double> rounding(static_cast<std::size_t>(neq));
-        {
-            RestoreValue restore(var);
-            const double x = restore.Value();
-            const double h = options.relative_step * std::max(std::fabs(x), 1.0);
-            var.SetSolverValue(x + h);
-            const double up = (x + h) - x;   // the steps actually taken, after rounding
-            evaluate(rPlus);
-            var.SetSolverValue(x - h);
-            const double down = x - (x - h);
-            evaluate(rMinus);
-            for (int i = 0; i < neq; ++i) {
-                const auto k = static_cast<std::size_t>(first + i);
-                numeric[static_cast<std::size_t>(i)] = (rPlus[k] - rMinus[k]) / (up + down);
-                rounding[static_cast<std::size_t>(i)] =
-                    100.0 * kEps * std::max(std::fabs(rPlus[k]), std::fabs(rMinus[k])) / (up + down);
+        double smallestStep = INFINITY;
+        for (int c : group) {
+            smallestStep = std::min(smallestStep, checker.Step(c));
+            for (int s = csc.col_start[c]; s < csc.col_start[c + 1]; ++s) {
+                touchedBy[csc.row_index[s]] = g;
+                checker.Record(checker.Compare(csc.row_index[s], c, analytic[s], checker.Step(c), true));
             }
         }
-        const std::string path = var.Path();
-        for (int i = 0; i < neq; ++i) {
-            const int row = first + i;
-            const auto found = entries.find(row);
-            const bool inPattern = found != entries.end();
-            const double analytic = inPattern ? found->second : 0.0;
-            const double num = numeric[static_cast<std::size_t>(i)];
-            const double allowed = options.tolerance * std::max(1.0, std::fabs(analytic)) + rounding[static_cast<std::size_t>(i)];
-            const double err = std::fabs(analytic - num) / allowed;
-            // Rows without an entry for this variable are reported only when they depend on it.
-            if (!inPattern && !(err > 1.0)) continue;
-            JacobianEntryCheck e;
-            e.row = row;
-            const char* label = model.RowLabel(i);
-            e.row_label = label ? label : "";
-            e.column = column;
-            e.variable = path;
-            e.analytic = analytic;
-            e.numeric = num;
-            e.scaled_error = std::isnan(err) ? std::numeric_limits<double>::infinity() : err;
-            e.in_pattern = inPattern;
-            ++result.entries_checked;
-            if (!(err <= 1.0)) ++result.entries_failed;
-            all.push_back(std::move(e));
+        // Rows that moved although none of their declared columns did; the smallest step of
+        // the group bounds the derivative from above. A row that is NaN anyway is not counted
+        // again for every group.
+        std::vector<int> moved;
+        for (int row = 0; row < csc.n_rows; ++row)
+            if (touchedBy[row] != g && checker.Compare(row, group.front(), 0.0, smallestStep, false).scaledError > 1.0)
+                moved.push_back(row);
+        if (moved.empty()) continue;
+        if (traced++ >= kTracedGroups) {
+            result.failures += static_cast<int>(moved.size());
+            continue;
+        }
+        for (int c : group) {
+            if (!checker.Difference({c})) {
+                result.evaluationFailed = true;
+                break;
+            }
+            for (int row : moved)
+                if (JacobianEntryCheck e = checker.Compare(row, c, 0.0, checker.Step(c), false); e.finiteDifference != 0.0)
+                    checker.Record(std::move(e));
         }
     }
-
-    const auto keep = std::min(all.size(), static_cast<std::size_t>(std::max(options.report_worst, 0)));
-    std::partial_sort(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(keep), all.end(),
-                      [](const JacobianEntryCheck& a, const JacobianEntryCheck& b) { return a.scaled_error > b.scaled_error; });
-    all.resize(keep);
-    result.worst = std::move(all);
-    return result;
+    return checker.Finish();
 }
 
 }  // namespace zx::checks

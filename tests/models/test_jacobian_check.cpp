@@ -2,14 +2,15 @@
 
 #include <vector>
 
-#include "checks/jacobian_check.hpp"
+#include "checks/model_jacobian_check.hpp"
 #include "model_driver.hpp"
 #include "models/unitops/rplug_tcool.hpp"
 #include "models/unitops/rplug_tcool1.hpp"
 
 namespace {
 
-using zx::checks::check_jacobian;
+using zx::checks::CheckModelJacobian;
+using zx::checks::CheckModelStructure;
 
 // A model whose Jacobian is wrong in one entry (d/dU of the first equation), and one that
 // declares a nonzero its pattern does not give.
@@ -57,9 +58,12 @@ TEST(JacobianCheck, Tcool1AgreesAndValuesAreRestored) {
     BuildTcool1(m);
     const Pattern p = DeclareEquations(m, *session);
     const std::vector<double> before = Values(*session);
-    const auto result = check_jacobian(m, p.rows, p.cols);
-    EXPECT_TRUE(result.ok()) << (result.problems.empty() ? "" : result.problems.front());
-    EXPECT_EQ(result.entries_checked, 16);
+    const auto problems = CheckModelStructure(m, p.rows, p.cols);
+    EXPECT_TRUE(problems.empty()) << (problems.empty() ? "" : problems.front());
+    const auto result = CheckModelJacobian(m, p.rows, p.cols);
+    EXPECT_TRUE(result.ok());
+    EXPECT_EQ(result.entries, 16);
+    EXPECT_LT(result.residualEvaluations, 2 * 16);
     EXPECT_EQ(Values(*session), before);
 }
 
@@ -77,10 +81,11 @@ TEST(JacobianCheck, TcoolAgrees) {
                           {&m.NTUBE, 250.0}, {&m.L, 8.0}, {&m.DX, 1.9}})
         var->SetSolverValue(x);
     const Pattern p = DeclareEquations(m, *session);
-    const auto result = check_jacobian(m, p.rows, p.cols);
+    EXPECT_TRUE(CheckModelStructure(m, p.rows, p.cols).empty());
+    const auto result = CheckModelJacobian(m, p.rows, p.cols);
     EXPECT_TRUE(result.ok());
-    EXPECT_EQ(result.entries_checked, 34);
-    EXPECT_EQ(result.entries_failed, 0);
+    EXPECT_EQ(result.entries, 34);
+    EXPECT_EQ(result.failures, 0);
 }
 
 TEST(JacobianCheck, CatchesAWrongEntry) {
@@ -88,16 +93,17 @@ TEST(JacobianCheck, CatchesAWrongEntry) {
     WrongJacobian m(true);
     BuildTcool1(m);
     const Pattern p = DeclareEquations(m, *session);
-    const auto result = check_jacobian(m, p.rows, p.cols);
+    EXPECT_TRUE(CheckModelStructure(m, p.rows, p.cols).empty());
+    const auto result = CheckModelJacobian(m, p.rows, p.cols);
     EXPECT_FALSE(result.ok());
-    EXPECT_EQ(result.entries_failed, 1);
-    ASSERT_FALSE(result.worst.empty());
-    EXPECT_EQ(result.worst[0].row_label, "VX_Eqn1");
+    EXPECT_EQ(result.failures, 1);
+    ASSERT_GE(result.worst.size(), 2u);
+    EXPECT_EQ(result.worst[0].rowName, "VX_Eqn1");
     EXPECT_EQ(result.worst[0].row, 0);
-    EXPECT_EQ(result.worst[0].variable, "U");
-    EXPECT_NEAR(result.worst[0].numeric, -(350.0 - 41.0), 1e-6);
+    EXPECT_EQ(result.worst[0].columnName, "U");
+    EXPECT_NEAR(result.worst[0].finiteDifference, -(350.0 - 41.0), 1e-6);
     EXPECT_DOUBLE_EQ(result.worst[0].analytic, -(350.0 - 41.0) * 1.001);
-    EXPECT_LE(result.worst[1].scaled_error, 1.0);
+    EXPECT_LE(result.worst[1].scaledError, 1.0);
 }
 
 TEST(JacobianCheck, CatchesDeclaredCountsThatThePatternDoesNotGive) {
@@ -107,9 +113,10 @@ TEST(JacobianCheck, CatchesDeclaredCountsThatThePatternDoesNotGive) {
     const Pattern p = DeclareEquations(m, *session);
     ASSERT_EQ(p.nonzeros, 17);
     ASSERT_EQ(p.patternResult, 16);
-    const auto counted = check_jacobian(m, std::span<const int>(p.rows).first(16), std::span<const int>(p.cols).first(16));
-    ASSERT_FALSE(counted.problems.empty());
-    EXPECT_EQ(counted.problems.front(), "SetUpEquations declared 17 nonzeros, JacPattern gave 16");
+    const auto problems =
+        CheckModelStructure(m, std::span<const int>(p.rows).first(16), std::span<const int>(p.cols).first(16));
+    ASSERT_FALSE(problems.empty());
+    EXPECT_EQ(problems.front(), "SetUpEquations declared 17 nonzeros, JacPattern gave 16");
 }
 
 }  // namespace
