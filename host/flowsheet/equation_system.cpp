@@ -96,6 +96,7 @@ EquationSystem::EquationSystem(Flowsheet& flowsheet) : m_flowsheet(&flowsheet) {
             m_kept.push_back(k);
         }
     }
+    m_csc = zx::solve::CscPattern::from_triplets(m_pattern);
     for (const Block& b : blocks)
         ForEachVariable(*b.model, [&](VX_Variable& v) {
             if (v.CurrSpec() == VX_SPEC_FREE && v.Column() < 0) m_freeUnused.push_back(&v);

@@ -44,6 +44,8 @@ public:
     // The solver's pattern over the unknowns, and for each of its entries the entry of the
     // whole system it comes from.
     const zx::solve::TripletPattern& UnknownPattern() const { return m_pattern; }
+    // The same pattern compressed once, shared by the analysis and the solver.
+    const zx::solve::CscPattern& UnknownCsc() const { return m_csc; }
     const std::vector<int>& KeptEntries() const { return m_kept; }
     // Free variables that appear in no equation: not unknowns, listed for the user.
     const std::vector<VX_Variable*>& FreeUnused() const { return m_freeUnused; }
@@ -67,6 +69,7 @@ private:
     std::vector<VX_Variable*> m_unknowns;
     std::vector<int> m_unknownOfColumn;
     zx::solve::TripletPattern m_pattern;
+    zx::solve::CscPattern m_csc;
     std::vector<int> m_kept;
     std::vector<VX_Variable*> m_freeUnused;
 };

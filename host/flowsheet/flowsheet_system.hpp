@@ -15,6 +15,7 @@ public:
     explicit FlowsheetSystem(const EquationSystem& equations);
 
     const zx::solve::TripletPattern& pattern() const override { return m_equations->UnknownPattern(); }
+    const zx::solve::CscPattern* compressed_pattern() const override { return &m_equations->UnknownCsc(); }
     // A block that reports a failure makes every residual (or entry) NaN, which the solver
     // reports as a non-finite residual (or Jacobian).
     void residuals(const double* x, double* r) override;

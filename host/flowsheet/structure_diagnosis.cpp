@@ -80,7 +80,7 @@ StructureDiagnosis DiagnoseStructure(const EquationSystem& system, std::size_t m
     StructureDiagnosis d;
     d.equations = system.Rows();
     d.unknowns = static_cast<int>(system.Unknowns().size());
-    const zx::solve::StructuralReport r = zx::solve::analyse_structure(system.UnknownPattern());
+    const zx::solve::StructuralReport r = zx::solve::analyse_structure(system.UnknownCsc());
     d.structuralRank = r.structural_rank;
 
     d.freeUnusedCount = static_cast<int>(system.FreeUnused().size());

@@ -138,7 +138,8 @@ private:
     const SolverOptions& opt_;
     std::function<void(const IterationRecord&)>& on_iteration_;
     SolveResult res_;
-    CscPattern csc_;
+    CscPattern own_csc_;               // used when the system brings no compressed pattern
+    const CscPattern* csc_ = &own_csc_;
     std::unique_ptr<KluFactorization> lu_;  // refers to csc_
     int n_ = 0;
     bool have_scales_ = false;
@@ -264,7 +265,8 @@ void NewtonRun::iterate() {
 
     auto t = Clock::now();
     try {
-        csc_ = CscPattern::from_triplets(tp);
+        if (const CscPattern* given = sys_.compressed_pattern()) csc_ = given;
+        else own_csc_ = CscPattern::from_triplets(tp);
     } catch (const std::invalid_argument& e) {
         n_ = 0;
         return finish(SolveStatus::InvalidInput, e.what());
@@ -277,8 +279,8 @@ void NewtonRun::iterate() {
     x_trial_.assign(n_, 0.0);
     scale_.assign(n_, 1.0);
     step_.assign(n_, 0.0);
-    triplet_values_.assign(csc_.n_triplets(), 0.0);
-    csc_values_.assign(csc_.nnz(), 0.0);
+    triplet_values_.assign(csc_->n_triplets(), 0.0);
+    csc_values_.assign(csc_->nnz(), 0.0);
     for (int i = 0; i < n_; ++i) x_[i] = std::clamp(x_[i], lower_[i], upper_[i]);
 
     if (n_ == 0) {
@@ -286,14 +288,14 @@ void NewtonRun::iterate() {
         return finish(SolveStatus::Converged, "the system is empty");
     }
 
-    lu_ = std::make_unique<KluFactorization>(csc_);
+    lu_ = std::make_unique<KluFactorization>(*csc_);
     KluFactorization& lu = *lu_;
     lu.set_thresholds(opt_.refactor_rcond_drop, opt_.singular_rcond);
     t = Clock::now();
     const auto analysed = lu.analyse();
     res_.analyse_seconds += seconds_since(t);
     if (analysed == KluFactorization::Outcome::Singular) {
-        res_.structure = analyse_structure(csc_);
+        res_.structure = analyse_structure(*csc_);
         return finish(SolveStatus::StructurallySingular, explain_structure(res_.structure));
     }
     if (analysed == KluFactorization::Outcome::Failed) {
@@ -311,14 +313,14 @@ void NewtonRun::iterate() {
     for (int k = 0;; ++k) {
         sys_.jacobian(x_.data(), triplet_values_.data());
         ++res_.jacobian_evaluations;
-        if (const int e = first_non_finite(triplet_values_.data(), csc_.n_triplets()); e >= 0) {
+        if (const int e = first_non_finite(triplet_values_.data(), csc_->n_triplets()); e >= 0) {
             return finish(SolveStatus::NonFiniteJacobian,
                           "entry " + std::to_string(e) + " (equation " + std::to_string(tp.rows[e]) +
                               ", unknown " + std::to_string(tp.cols[e]) + ") is " +
                               fmt(triplet_values_[e]) + " in iteration " + std::to_string(k + 1));
         }
-        csc_.scatter(triplet_values_.data(), csc_values_.data());
-        row_scales(csc_, csc_values_.data(), scale_.data());
+        csc_->scatter(triplet_values_.data(), csc_values_.data());
+        row_scales(*csc_, csc_values_.data(), scale_.data());
         have_scales_ = true;
 
         res_.residual_norm = scaled_max_norm(r_.data(), scale_.data(), n_);

@@ -37,6 +37,9 @@ public:
     virtual const TripletPattern& pattern() const = 0;           // square n x n
     virtual void residuals(const double* x, double* r) = 0;      // r has n entries
     virtual void jacobian(const double* x, double* values) = 0;  // values in triplet order
+    // The pattern already compressed, when the caller has it (it must be built from
+    // pattern()); null makes the solver compress it itself.
+    virtual const CscPattern* compressed_pattern() const { return nullptr; }
 };
 
 enum class SolveStatus {

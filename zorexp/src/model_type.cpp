@@ -109,10 +109,6 @@ int VX_ModelType::MaxGroupNo() const {
     return m;
 }
 
-void VX_ModelType::RecordOp(int op, int eqn) { VX_Session::Current().Record(eqn, op); }
-
-void VX_ModelType::RecordTerm(int eqn) { VX_Session::Current().Record(eqn, -1); }
-
 void VX_ModelType::RecordVariableTerm(VX_Type& term, int*& rows, int*& cols, int eqn) {
     VX_Session& s = VX_Session::Current();
     s.Record(eqn, -1);

@@ -7,15 +7,17 @@
 #include "zorexp/variable.hpp"
 
 namespace {
-VX_Session*& CurrentSlot() {
-    static VX_Session* current = nullptr;
-    return current;
-}
-VX_Session& BuiltIn() {
+// The current session lives in the runtime alone: code of a model library, built with hidden
+// visibility, must never hold a copy of it.
+VX_Session* s_current = nullptr;
+}  // namespace
+
+VX_Session& VX_Session::Current() { return s_current ? *s_current : BuiltIn(); }
+
+VX_Session& VX_Session::BuiltIn() {
     static VX_Session* s = new VX_Session;   // never destroyed: objects may outlive static teardown
     return *s;
 }
-}  // namespace
 
 VX_Session::VX_Session() = default;
 
@@ -23,17 +25,12 @@ VX_Session::~VX_Session() {
     for (VX_Variable* v : m_columns)
         if (v) v->SetColumn(-1);
     for (auto& [name, g] : m_globals) g.destroy(g.object);
-    if (CurrentSlot() == this) CurrentSlot() = nullptr;
-}
-
-VX_Session& VX_Session::Current() {
-    VX_Session* s = CurrentSlot();
-    return s ? *s : BuiltIn();
+    if (s_current == this) s_current = nullptr;
 }
 
 VX_Session* VX_Session::MakeCurrent(VX_Session* s) {
-    VX_Session* previous = CurrentSlot();
-    CurrentSlot() = s;
+    VX_Session* previous = s_current;
+    s_current = s;
     return previous;
 }
 

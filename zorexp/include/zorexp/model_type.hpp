@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "zorexp/container.hpp"
+#include "zorexp/session.hpp"
 #include "zorexp/sets.hpp"
 
 enum VX_ExprOp : int {
@@ -86,8 +87,8 @@ protected:
     VX_ModelType& operator=(const VX_ModelType&) { return *this; }
 
     // Expression recording, shared by the extension interfaces of models, ports and structures.
-    void RecordOp(int op, int eqn);
-    void RecordTerm(int eqn);
+    void RecordOp(int op, int eqn) { VX_Session::Current().Record(eqn, op); }
+    void RecordTerm(int eqn) { VX_Session::Current().Record(eqn, -1); }
     void RecordVariableTerm(VX_Type& term, int*& rows, int*& cols, int eqn);
 
 private:

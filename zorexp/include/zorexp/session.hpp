@@ -71,6 +71,8 @@ public:
     const std::vector<ExprItem>& Tape() const { return m_tape; }
 
 private:
+    static VX_Session& BuiltIn();
+
     struct Owned {
         VX_Type* object;
         void (*destroy)(VX_Type*);
