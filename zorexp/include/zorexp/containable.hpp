@@ -96,7 +96,7 @@ public:
     VX_NOTIMPL_OP(PropertyChanged)
     VX_NOTIMPL_OP(RemoveFromDependencySystem)
     VX_NOTIMPL_OP(GetParamsAndActiveVars)
-    // --- container protocol, part 1
+    // --- container protocol: sizing, identity, equations
     virtual void SetDims() {}
     VX_NOTIMPL_OP(SetDirection)
     virtual int Direction() const { return 0; }
