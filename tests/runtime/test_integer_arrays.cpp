@@ -54,3 +54,18 @@ TEST(IntegerArrays, FollowTheirSetWhenItIsAssignedLater) {
     range.Assign(&v);
     EXPECT_EQ(a.Size(), 5);
 }
+
+TEST(IntegerArrays, ValueVectorsOnlyOverTheirOwnSet) {
+    VX_INTEGERSET range, other;
+    Temps a;
+    a.SetDim(range);
+    EXPECT_EQ(a.ValuesOver(range), nullptr);   // empty: nothing to read, nothing wrong
+    VX_Value v(VX_IntSetValue(3, 5), VX_CTX_MODEL, 1, 1);
+    range.Assign(&v);
+    other.Assign(&v);                          // same members, another set
+    const double* values = a.ValuesOver(range);
+    ASSERT_NE(values, nullptr);
+    a(4).SetSolverValue(2.5);
+    EXPECT_EQ(values[1], 2.5);                 // position 1 of {3, 4, 5}
+    EXPECT_THROW(a.ValuesOver(other), std::logic_error);
+}

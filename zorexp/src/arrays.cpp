@@ -116,6 +116,10 @@ double VX_BASE_I::ValueSlow(int index) const {
     return static_cast<const VX_Variable*>(e)->fv();
 }
 
+void VX_BASE_I::ThrowNotOver(const VX_INTEGERSET& set) const {
+    throw std::logic_error("array " + Path() + (m_values ? " is not sized over the set " + set.Path() : " holds no variables"));
+}
+
 void VX_BASE_I::ThrowMissing(int index) const {
     throw std::out_of_range("array " + Path() + " has no element (" + std::to_string(index) + ")");
 }

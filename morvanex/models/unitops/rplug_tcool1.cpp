@@ -113,14 +113,19 @@ int VX_RPLUG_TCOOL1::Residuals(double* r, int group, int start) {
     } else {
         // k is a local copy of idx: idx has its address taken above, which would keep it in
         // memory through the loop.
+        // The equations run over NRANGE, the set the arrays are sized over: their value
+        // vectors are read by position, in the set's order.
         int k = idx;
         const double u = U.fv();
-        VX_IntegerSetIter i(NRANGE);
+        const std::size_t n = NRANGE.fv().Size();
+        const double* qFlux = Q_FLUX.ValuesOver(NRANGE);
+        const double* tProcess = T_PROCESS.ValuesOver(NRANGE);
         if (m_ctypeEquation == kTCoolSpec) {
             const double tCool = T_COOL.fv();
-            while (i.Next()) r[k++] = Q_FLUX.fv(i.fv()) - (T_PROCESS.fv(i.fv()) - tCool) * u;
+            for (std::size_t p = 0; p < n; ++p) r[k++] = qFlux[p] - (tProcess[p] - tCool) * u;
         } else if (m_ctypeEquation == kTCoolProf) {
-            while (i.Next()) r[k++] = Q_FLUX.fv(i.fv()) - (T_PROCESS.fv(i.fv()) - T_COOL_.fv(i.fv())) * u;
+            const double* tCool = T_COOL_.ValuesOver(NRANGE);
+            for (std::size_t p = 0; p < n; ++p) r[k++] = qFlux[p] - (tProcess[p] - tCool[p]) * u;
         }
         idx = k;
         if (group != 0) return end;
@@ -139,21 +144,23 @@ int VX_RPLUG_TCOOL1::Jacobian(double* values, int group, int start) {
     } else {
         int k = idx;   // a local copy, as in Residuals
         const double u = U.fv();
-        VX_IntegerSetIter i(NRANGE);
+        const std::size_t n = NRANGE.fv().Size();
+        const double* tProcess = T_PROCESS.ValuesOver(NRANGE);
         if (m_ctypeEquation == kTCoolSpec) {
             const double tCool = T_COOL.fv();
-            while (i.Next()) {
-                values[k++] = 1.0;                            // Q_FLUX(i)
-                values[k++] = -(T_PROCESS.fv(i.fv()) - tCool);   // U
-                values[k++] = -u;                             // T_PROCESS(i)
-                values[k++] = u;                              // T_COOL
+            for (std::size_t p = 0; p < n; ++p) {
+                values[k++] = 1.0;                     // Q_FLUX(i)
+                values[k++] = -(tProcess[p] - tCool);  // U
+                values[k++] = -u;                      // T_PROCESS(i)
+                values[k++] = u;                       // T_COOL
             }
         } else if (m_ctypeEquation == kTCoolProf) {
-            while (i.Next()) {
+            const double* tCool = T_COOL_.ValuesOver(NRANGE);
+            for (std::size_t p = 0; p < n; ++p) {
                 values[k++] = 1.0;
-                values[k++] = -(T_PROCESS.fv(i.fv()) - T_COOL_.fv(i.fv()));
+                values[k++] = -(tProcess[p] - tCool[p]);
                 values[k++] = -u;
-                values[k++] = u;                              // T_COOL_(i)
+                values[k++] = u;                       // T_COOL_(i)
             }
         }
         idx = k;

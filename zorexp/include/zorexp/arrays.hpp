@@ -74,6 +74,14 @@ public:
     }
     const VX_IntSetData& IndexSet() const { return *m_set; }
 
+    // The value vector of an array of variables sized over set, in the set's order, for
+    // equations that run over that same set. Throws std::logic_error when the array is not
+    // sized over that set object or holds no variables (a model inconsistent with itself).
+    const double* ValuesOver(const VX_INTEGERSET& set) const {
+        if (m_set.get() == &set.fv() && (m_values || m_elements.empty())) return m_values.get();
+        ThrowNotOver(set);
+    }
+
     // Fast value of the variable element for an index: no lookup, no pointer chase.
     double fv(int index) const {
         if (m_contiguous && m_values) {
@@ -96,6 +104,7 @@ private:
     void Resize(std::shared_ptr<const VX_IntSetData> set);
     VX_Type* FindSlow(int index) const;
     double ValueSlow(int index) const;
+    [[noreturn]] void ThrowNotOver(const VX_INTEGERSET& set) const;
     [[noreturn]] void ThrowMissing(int index) const;
     std::shared_ptr<const VX_IntSetData> m_set;
     bool m_contiguous = true;
