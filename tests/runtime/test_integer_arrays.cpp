@@ -61,8 +61,9 @@ TEST(IntegerArrays, ValueVectorsOnlyOverTheirOwnSet) {
     a.SetDim(range);
     EXPECT_EQ(a.ValuesOver(range), nullptr);   // empty: nothing to read, nothing wrong
     VX_Value v(VX_IntSetValue(3, 5), VX_CTX_MODEL, 1, 1);
+    VX_Value w(VX_IntSetValue(3, 5), VX_CTX_MODEL, 1, 1);
     range.Assign(&v);
-    other.Assign(&v);                          // same members, another set
+    other.Assign(&w);                          // same members, another set
     const double* values = a.ValuesOver(range);
     ASSERT_NE(values, nullptr);
     a(4).SetSolverValue(2.5);
