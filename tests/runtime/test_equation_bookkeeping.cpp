@@ -158,3 +158,36 @@ TEST_F(EquationBookkeeping, PatternRowsColumnsAndLabels) {
     EXPECT_EQ(m.RowLabel(4), nullptr);
     EXPECT_EQ(m.z.Path(), "Z");
 }
+
+TEST_F(EquationBookkeeping, ExpressionsAreRecordedOnlyWhenAsked) {
+    VX_Session& s = VX_Session::Current();
+    int rows[7], cols[7];
+    for (bool on : {false, true}) {
+        s.ResetNumbering();
+        s.SetRecordExpressions(on);
+        int* rp = rows;
+        int* cp = cols;
+        m.JacPattern(rp, cp, nullptr);
+        if (!on) {
+            EXPECT_TRUE(s.Tape().empty());
+            continue;
+        }
+        ASSERT_EQ(s.Tape().size(), 7u);   // one term per variable occurrence
+        for (const auto& item : s.Tape()) EXPECT_LT(item.eqn, s.RowCount());
+    }
+    s.SetRecordExpressions(false);
+    s.ResetNumbering();
+}
+
+TEST(DependencyRecording, SetUpReadsCountAndFastReadsDoNot) {
+    VX_Session& s = VX_Session::Current();
+    VX_REALVARIABLE x;
+    s.BeginRecording();
+    (void)x.fv();
+    (void)x.v();
+    (void)x.v();
+    EXPECT_EQ(s.EndRecording(), 2);
+    (void)x.v();                       // not recording any more
+    s.BeginRecording();
+    EXPECT_EQ(s.EndRecording(), 0);
+}

@@ -111,10 +111,9 @@ int VX_RPLUG_TCOOL1::Residuals(double* r, int group, int start) {
     if (group != 0 && group != m_firstGroup + 1) {
         AddEqnsInGroup(m_firstGroup + 1, idx);
     } else {
-        // k is a local copy of idx: idx has its address taken above, which would keep it in
-        // memory through the loop.
         // The equations run over NRANGE, the set the arrays are sized over: their value
-        // vectors are read by position, in the set's order.
+        // vectors are read by position, in the set's order. k is a local copy of idx, whose
+        // address is taken above and would keep it in memory through the loop.
         int k = idx;
         const double u = U.fv();
         const std::size_t n = NRANGE.fv().Size();

@@ -96,7 +96,6 @@ private:
     int m_currentGroup = -1;   // index into m_groups of the group being declared
     int m_equationCount = 0;
     std::vector<std::pair<const char*, int>> m_rowLabels;
-    bool m_patternStarted = false;
 };
 
 // Expression interface: the runtime keeps an expression form of each equation, fed by

@@ -75,6 +75,3 @@ private:
     int m_level = 0;
     int m_ordinal = 0;
 };
-
-// A string set value wrapped for VX_DefaultVALID of option types.
-using VX_StrSetValueCell = VX_Value;
