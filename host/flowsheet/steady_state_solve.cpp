@@ -6,6 +6,7 @@
 
 #include "flowsheet/equation_system.hpp"
 #include "flowsheet/flowsheet_system.hpp"
+#include "zorexp/variable.hpp"
 
 namespace zx::flowsheet {
 

@@ -68,8 +68,6 @@ public:
         m_own = *m_slot;
         m_slot = &m_own;
     }
-    int Column() const { return m_column; }
-    void SetColumn(int c) { m_column = c; }
 
 protected:
     VX_Variable() : VX_VarParam(RealVariable) {}
