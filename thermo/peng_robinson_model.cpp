@@ -168,6 +168,7 @@ void PengRobinsonModel::Evaluate(Phase phase, double T, double P, const double* 
     if (std::abs(fz) < 1e-12)
         throw PropertyError(fmt::format("the Peng-Robinson root is at the critical point at {} K and {} bar: derivatives are unbounded", T, P / kPascalPerBar));
 
+    out.compressibility = Z0;
     if (!gradients) {
         const Departure<double> d = Departures<double>(T, P, a[0], a[1], a[2], b, Z0);
         out.h += d.h;

@@ -66,19 +66,18 @@ double PhaseEquilibrium::Solve(bool bubble, double P, const double* feed, std::v
         model_.Evaluate(Phase::Liquid, T, P, first && !bubble ? feed : x, request, liquid_);
         model_.Evaluate(Phase::Vapour, T, P, first && bubble ? feed : y, request, vapour_);
         for (std::size_t i = 0; i < n; ++i) notes_[i] |= liquid_.notes[i] | vapour_.notes[i];
-        double s = 0.0, ds = 0.0, spread = 0.0;
+        if (liquid_.compressibility > 0.0 && std::abs(liquid_.compressibility - vapour_.compressibility) < 1e-9 * vapour_.compressibility)
+            throw PropertyError(fmt::format("{} point at {} bar: liquid and vapour fall on the same root of the equation of state (the mixture is above its critical point there)",
+                                            bubble ? "bubble" : "dew", P / kPascalPerBar));
+        double s = 0.0, ds = 0.0;
         for (std::size_t i = 0; i < n; ++i) {
             const double lnk = liquid_.ln_phi[i] - vapour_.ln_phi[i];
             const double dlnk = liquid_.d_ln_phi[i * (n + 2)] - vapour_.d_ln_phi[i * (n + 2)];
-            spread = std::max(spread, std::abs(lnk));
             const double term = feed[i] * std::exp(std::clamp(bubble ? lnk : -lnk, -700.0, 700.0));
             k_[i] = term;
             s += term;
             ds += term * (bubble ? dlnk : -dlnk);
         }
-        if (spread < 1e-6)
-            throw PropertyError(fmt::format("{} point at {} bar: the K-values are all 1 (trivial solution, the mixture is near its critical point)",
-                                            bubble ? "bubble" : "dew", P / kPascalPerBar));
         double change = 0.0;
         for (std::size_t i = 0; i < n; ++i) {
             const double value = k_[i] / s;

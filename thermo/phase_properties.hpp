@@ -35,6 +35,7 @@ enum RangeNote : unsigned char {
 
 struct PhaseProperties {
     double h = 0.0, s = 0.0, cp = 0.0, cv = 0.0, v = 0.0;
+    double compressibility = 0.0;  // Z of the equation of state's root; 0 for IDEAL
     Gradient dh, ds, dcp, dcv, dv;
     std::vector<double> ln_phi;
     // d ln phi_i: row i holds d/dT, d/dP, then d/dz_k; n + 2 entries per row.

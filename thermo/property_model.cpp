@@ -25,12 +25,12 @@ unsigned DataOf(const Component& c) {
 
 const char* DataItemName(unsigned item) {
     switch (item) {
-        case kDataIdealGas: return "an ideal-gas heat capacity and formation enthalpy";
-        case kDataFormationGibbs: return "a formation Gibbs energy";
-        case kDataVapourPressure: return "a vapour-pressure correlation";
-        case kDataHeatOfVaporisation: return "a heat of vaporisation with its boiling and critical temperatures";
-        case kDataLiquidVolume: return "a saturated-liquid density correlation";
-        default: return "a critical temperature, critical pressure and acentric factor";
+        case kDataIdealGas: return "ideal-gas heat capacity or formation enthalpy";
+        case kDataFormationGibbs: return "formation Gibbs energy";
+        case kDataVapourPressure: return "vapour-pressure correlation";
+        case kDataHeatOfVaporisation: return "heat of vaporisation (with normal boiling and critical temperatures)";
+        case kDataLiquidVolume: return "saturated-liquid density correlation";
+        default: return "critical temperature, critical pressure or acentric factor";
     }
 }
 
@@ -66,8 +66,8 @@ void PropertyModel::Require(unsigned items, const char* property) const {
         const unsigned missing = items & ~has_[i];
         if (missing == 0) continue;
         const unsigned first = missing & (~missing + 1);
-        throw PropertyError(fmt::format("component {} has no {} in the component database (needed for the {})", mixture_.Id(i),
-                                        DataItemName(first), property));
+        throw PropertyError(fmt::format("no {} for component {} in the component database: the {} needs it", DataItemName(first),
+                                        mixture_.Id(i), property));
     }
 }
 
