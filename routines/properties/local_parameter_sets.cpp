@@ -1,6 +1,7 @@
 #include "local_parameter_sets.hpp"
 
 #include <cmath>
+#include <memory>
 
 #include <fmt/format.h>
 
@@ -9,24 +10,28 @@
 namespace zx::routines {
 namespace {
 
-std::vector<LocalParameters> g_sets(kLocalParameterSets);
-double g_issued = 0.0;  // ids issued so far; set k lives in slot (k - 1) mod capacity
+// Sets stay where they are (their ids index this list), so the list holds pointers.
+std::vector<std::unique_ptr<LocalParameters>> g_sets;
 
 }  // namespace
 
-LocalParameters& NewLocalParameters() {
-    g_issued += 1.0;
-    LocalParameters& set = g_sets[static_cast<std::size_t>(std::fmod(g_issued - 1.0, static_cast<double>(kLocalParameterSets)))];
-    set.id = g_issued;
+LocalParameters& LocalParametersAt(const void* site, bool liquid) {
+    for (auto& set : g_sets)
+        if (set->site == site && set->liquid == liquid) return *set;
+    g_sets.push_back(std::make_unique<LocalParameters>());
+    LocalParameters& set = *g_sets.back();
+    set.id = static_cast<double>(g_sets.size());
+    set.site = site;
+    set.liquid = liquid;
     return set;
 }
 
 const LocalParameters& FindLocalParameters(double id, bool liquid) {
-    if (!(id >= 1.0) || id != std::floor(id) || id > g_issued)
-        throw RoutineError(fmt::format("parameter set id {} was not issued by {}", id, liquid ? "PLIQUID_PAR" : "PVAPOR_PAR"));
-    const LocalParameters& set = g_sets[static_cast<std::size_t>(std::fmod(id - 1.0, static_cast<double>(kLocalParameterSets)))];
-    if (set.id != id) throw RoutineError(fmt::format("parameter set id {} is no longer held (only the latest {} are); fit it again", id, kLocalParameterSets));
-    if (set.liquid != liquid) throw RoutineError(fmt::format("parameter set id {} is a {} set", id, set.liquid ? "liquid" : "vapour"));
+    const char* fitter = liquid ? "PLIQUID_PAR" : "PVAPOR_PAR";
+    if (!(id >= 1.0) || id != std::floor(id) || id > static_cast<double>(g_sets.size()))
+        throw RoutineError(fmt::format("parameter set id {} was not returned by {}", id, fitter));
+    const LocalParameters& set = *g_sets[static_cast<std::size_t>(id) - 1];
+    if (set.liquid != liquid) throw RoutineError(fmt::format("parameter set id {} is a {} set, not one of {}", id, set.liquid ? "liquid" : "vapour", fitter));
     return set;
 }
 

@@ -6,7 +6,9 @@
 //   mass density  rho(T) = rho* exp(beta (T - T*)), beta = d ln rho / dT at the fit (liquid);
 //   molar density rho(T, P) = P / (Z* R T), Z* the compressibility at the fit (vapour);
 //   molecular weight sum_i x_i M_i.
-// The 4096 most recent sets are held; an id older than that is refused.
+// A calling site (the runtime's argument buffer of one fitting call) owns one set: fitting again
+// replaces its values and keeps its number, so the number does not change with the state and
+// finite differences of the fitting call see a constant.
 #include <cstddef>
 #include <vector>
 
@@ -14,6 +16,7 @@ namespace zx::routines {
 
 struct LocalParameters {
     double id = 0.0;
+    const void* site = nullptr;
     bool liquid = true;
     double T = 0.0, P = 0.0;       // fit state, K and Pa
     std::vector<double> h, c, mw;  // J/mol, J/(mol K), kg/kmol per component
@@ -23,11 +26,9 @@ struct LocalParameters {
     double dh_dP = 0.0;            // J/(mol Pa) (vapour)
 };
 
-inline constexpr std::size_t kLocalParameterSets = 4096;
-
-// A new set (its id already assigned) in which the caller stores the fit.
-LocalParameters& NewLocalParameters();
-// The set named by `id`; RoutineError when no such set is held or it is of the other phase.
+// The set of the fitting call at `site` for that phase, made on its first fit.
+LocalParameters& LocalParametersAt(const void* site, bool liquid);
+// The set named by `id`; RoutineError when no such set exists or it is of the other phase.
 const LocalParameters& FindLocalParameters(double id, bool liquid);
 
 }  // namespace zx::routines

@@ -39,8 +39,7 @@ void Fit(const DenseCall& call, const char* entry, const char* routine, thermo::
         c.first.ClearNotes();
         c.model->Evaluate(phase, T, P, c.z.data(), thermo::kEnthalpy | thermo::kHeatCapacity | thermo::kVolume | thermo::kGradients, c.first);
         routines::NoteRanges(entry, routine, c.Mixture(), c.first.notes.data());
-        LocalParameters& set = routines::NewLocalParameters();
-        set.liquid = phase == thermo::Phase::Liquid;
+        LocalParameters& set = routines::LocalParametersAt(call.inputs, phase == thermo::Phase::Liquid);
         set.T = T;
         set.P = P;
         PartialMolar(c.first.h, c.first.dh.dz, c.z, set.h);
