@@ -53,7 +53,8 @@ public:
     }
     std::string Source(const json& object, const char* key) const {
         const std::string name = Text(object, "source");
-        if (!sources_.contains(name)) Fail(fmt::format("{}: source \"{}\" is not in the file's \"sources\"", key, name));
+        if (!sources_.contains(name))
+            Fail(fmt::format("{}source \"{}\" is not in the file's \"sources\"", key != nullptr ? std::string(key) + ": " : "", name));
         return fmt::format("{}: {}", name, sources_.at(name).get<std::string>());
     }
     // {"value": v, "unit": u, "source": s} of the given kind, converted to SI.
@@ -67,7 +68,7 @@ public:
         const auto& units = kUnitsByKind.at(kind);
         const auto it = std::find_if(units.begin(), units.end(), [&](const UnitFactor& u) { return unit == u.unit; });
         if (it == units.end()) sub.Fail(fmt::format("unit \"{}\" is not a {} unit", unit, kind));
-        out.data.push_back({key, fmt::format("{}", value), unit, sub.Source(q, key)});
+        out.data.push_back({key, fmt::format("{}", value), unit, sub.Source(q, nullptr)});
         return value * it->factor + it->offset;
     }
 
@@ -255,7 +256,8 @@ std::vector<std::string> ComponentDatabase::Suggest(std::string_view name) const
     for (const auto& [n, index] : names_) {
         std::size_t d = Distance(key, n);
         if (!key.empty() && n.find(key) != std::string::npos) d = std::min<std::size_t>(d, 1);
-        if (d <= std::max<std::size_t>(2, key.size() / 3)) scored.emplace_back(d, components_[index].id);
+        const bool samePrefix = key.size() >= 4 && n.compare(0, 4, key, 0, 4) == 0;
+        if (d <= std::max<std::size_t>(2, key.size() / 3) || samePrefix) scored.emplace_back(d, components_[index].id);
     }
     std::sort(scored.begin(), scored.end());
     std::vector<std::string> out;
