@@ -23,7 +23,7 @@ public:
 
 private:
     double Solve(bool bubble, double P, const double* feed, std::vector<double>& incipient);
-    double InitialTemperature(bool bubble, double P, const double* feed) const;
+    double InitialTemperature(bool bubble, double P, const double* feed, std::vector<double>& incipient) const;
 
     PropertyModel& model_;
     PhaseProperties liquid_, vapour_;

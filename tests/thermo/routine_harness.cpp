@@ -66,43 +66,49 @@ void RoutineLibrary::Attach() const {
     attach(FakeHost::Services());
 }
 
-CallResult CallRoutine(zorexp_dense_routine* routine, int list, const std::vector<Arg>& args, const std::vector<int>& output_sizes, int call_type) {
-    std::vector<double> buffer;
-    std::vector<int> offsets, in_dims, out_dims;
-    int n_in = 0, n_out = 0;
+PackedCall::PackedCall(zorexp_dense_routine* routine, int list, const std::vector<Arg>& args, const std::vector<int>& output_sizes)
+    : routine_(routine), list_(list), work_(16, 0.0) {
     for (const Arg& a : args) {
-        offsets.push_back(static_cast<int>(buffer.size()) + 1);
-        if (a.kind == Arg::Real) buffer.push_back(a.real);
+        offsets_.push_back(static_cast<int>(buffer_.size()) + 1);
+        if (a.kind == Arg::Real) buffer_.push_back(a.real);
         if (a.kind == Arg::Integer) {
             double word = 0.0;
             std::memcpy(&word, &a.integer, sizeof a.integer);
-            buffer.push_back(word);
+            buffer_.push_back(word);
         }
         if (a.kind == Arg::Vector) {
-            in_dims.push_back(static_cast<int>(a.vector.size()));
-            buffer.insert(buffer.end(), a.vector.begin(), a.vector.end());
+            in_dims_.push_back(static_cast<int>(a.vector.size()));
+            buffer_.insert(buffer_.end(), a.vector.begin(), a.vector.end());
         }
-        n_in += a.Elements();
+        n_in_ += a.Elements();
     }
-    const std::size_t first_output = offsets.size();
+    first_output_ = static_cast<int>(offsets_.size());
     for (int size : output_sizes) {
-        offsets.push_back(static_cast<int>(buffer.size()) + 1);
-        if (size > 0) out_dims.push_back(size);
-        buffer.resize(buffer.size() + std::max(size, 1), 0.0);
-        n_out += std::max(size, 1);
+        offsets_.push_back(static_cast<int>(buffer_.size()) + 1);
+        if (size > 0) out_dims_.push_back(size);
+        buffer_.resize(buffer_.size() + std::max(size, 1), 0.0);
+        n_out_ += std::max(size, 1);
     }
-    in_dims.push_back(0);
-    out_dims.push_back(0);
-    CallResult r;
-    r.status = 1;
-    r.inputs = n_in;
-    r.derivatives.assign(static_cast<std::size_t>(n_out) * n_in, 0.0);
-    std::vector<double> work(16, 0.0);
-    int work_length = 16;
-    routine(buffer.data(), in_dims.data(), buffer.data(), out_dims.data(), offsets.data(), offsets.data() + first_output, &r.status, &list,
-            work.data(), &work_length, r.derivatives.data(), &n_out, &n_in, &call_type);
-    r.outputs.assign(buffer.begin() + (offsets[first_output] - 1), buffer.begin() + (offsets[first_output] - 1) + n_out);
-    return r;
+    in_dims_.push_back(0);
+    out_dims_.push_back(0);
+    result_.inputs = n_in_;
+    result_.derivatives.assign(static_cast<std::size_t>(n_out_) * n_in_, 0.0);
+    result_.outputs.assign(n_out_, 0.0);
+}
+
+const CallResult& PackedCall::Invoke(int call_type) {
+    result_.status = 1;
+    int work_length = static_cast<int>(work_.size()), n_out = n_out_, n_in = n_in_;
+    routine_(buffer_.data(), in_dims_.data(), buffer_.data(), out_dims_.data(), offsets_.data(), offsets_.data() + first_output_,
+             &result_.status, &list_, work_.data(), &work_length, result_.derivatives.data(), &n_out, &n_in, &call_type);
+    const double* out = &buffer_[offsets_[first_output_] - 1];
+    std::copy(out, out + n_out_, result_.outputs.begin());
+    return result_;
+}
+
+CallResult CallRoutine(zorexp_dense_routine* routine, int list, const std::vector<Arg>& args, const std::vector<int>& output_sizes, int call_type) {
+    PackedCall call(routine, list, args, output_sizes);
+    return call.Invoke(call_type);
 }
 
 double WorstDerivativeMismatch(zorexp_dense_routine* routine, int list, const std::vector<Arg>& args, const std::vector<int>& output_sizes,

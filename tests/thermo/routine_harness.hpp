@@ -58,7 +58,23 @@ struct CallResult {
     double D(int output, int input) const { return derivatives[output * inputs + input]; }
 };
 
-// Calls `routine` with `args`; output_sizes has one entry per output argument (0 = scalar).
+// One call packed once and made as often as wanted (benchmarks call it in a loop).
+class PackedCall {
+public:
+    // output_sizes has one entry per output argument (0 = scalar).
+    PackedCall(zorexp_dense_routine* routine, int list, const std::vector<Arg>& args, const std::vector<int>& output_sizes);
+    // Makes the call; the result's outputs and derivatives are those of this call.
+    const CallResult& Invoke(int call_type = ZOREXP_CALL_DERIVATIVES);
+
+private:
+    zorexp_dense_routine* routine_;
+    int list_, n_in_ = 0, n_out_ = 0, first_output_ = 0;
+    std::vector<double> buffer_, work_;
+    std::vector<int> offsets_, in_dims_, out_dims_;
+    CallResult result_;
+};
+
+// Calls `routine` with `args` once.
 CallResult CallRoutine(zorexp_dense_routine* routine, int list, const std::vector<Arg>& args, const std::vector<int>& output_sizes,
                        int call_type = ZOREXP_CALL_DERIVATIVES);
 
