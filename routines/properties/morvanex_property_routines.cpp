@@ -47,8 +47,7 @@ ZX_DENSE_ROUTINE(RX55IF_spenth_molar) {
     routines::Guarded(call, entry, "PENTH_MOLAR", [&] {
         ListContext& c = routines::ContextFor(call);
         const std::size_t n = c.Size();
-        if (call.output_dims[0] != static_cast<int>(n))
-            throw RoutineError(fmt::format("the output has {} elements for a component list of {}", call.output_dims[0], n));
+        routines::RequireOutputPerComponent(call, c);
         const double T = routines::KelvinFromCelsius(call.Real(0));
         const double P = routines::PascalFromBar(call.Real(1));
         const int phase = call.Integer(2);

@@ -62,6 +62,11 @@ std::size_t CompositionSize(const DenseCall& call, int dim, const ListContext& c
     return context.Size();
 }
 
+void RequireOutputPerComponent(const DenseCall& call, const ListContext& context) {
+    if (call.output_dims[0] != static_cast<int>(context.Size()))
+        throw RoutineError(fmt::format("the output has {} elements for a component list of {}", call.output_dims[0], context.Size()));
+}
+
 void PhasePropertyRoutine(const DenseCall& call, const char* entry, const char* routine, thermo::Phase phase, Quantity quantity) {
     Guarded(call, entry, routine, [&] {
         ListContext& c = ContextFor(call);

@@ -11,7 +11,9 @@ enum class Quantity { Enthalpy, Entropy, MolarDensity, MassDensity, HeatCapacity
 // Evaluates `quantity` of `phase` for the call's (T, P, x) inputs 0, 1, 2 into output 0.
 void PhasePropertyRoutine(const DenseCall& call, const char* entry, const char* routine, thermo::Phase phase, Quantity quantity);
 
-// The composition argument `arg` checked against the list size; returns its element count.
+// The input array of dimension-list entry `dim` checked against the list size; returns it.
 std::size_t CompositionSize(const DenseCall& call, int dim, const ListContext& context);
+// RoutineError unless the first output array has one element per component of the list.
+void RequireOutputPerComponent(const DenseCall& call, const ListContext& context);
 
 }  // namespace zx::routines

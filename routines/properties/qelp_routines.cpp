@@ -125,8 +125,7 @@ ZX_DENSE_ROUTINE(RX55IF_gpi0wx) {
 ZX_DENSE_ROUTINE(RX55IF_gpizw0) {
     routines::Guarded(call, "RX55IF_gpizw0", "PMOLWEIGHTS", [&] {
         ListContext& c = routines::ContextFor(call);
-        if (call.output_dims[0] != static_cast<int>(c.Size()))
-            throw RoutineError(fmt::format("the output has {} elements for a component list of {}", call.output_dims[0], c.Size()));
+        routines::RequireOutputPerComponent(call, c);
         for (std::size_t i = 0; i < c.Size(); ++i) call.Output(0)[i] = c.Mixture().components[i]->molecular_weight;
     });
 }
@@ -163,8 +162,7 @@ ZX_DENSE_ROUTINE(RX55IF_gpizgx_idlgas) {
         ListContext& c = routines::ContextFor(call);
         const std::size_t n = routines::CompositionSize(call, 0, c);
         const double T = routines::KelvinFromCelsius(call.Real(0));
-        if (call.output_dims[0] != static_cast<int>(n))
-            throw RoutineError(fmt::format("the output has {} elements for a component list of {}", call.output_dims[0], n));
+        routines::RequireOutputPerComponent(call, c);
         c.model->Require(thermo::kDataIdealGas | thermo::kDataFormationGibbs, "ideal-gas Gibbs energy");
         c.first.ClearNotes();
         for (std::size_t i = 0; i < n; ++i) {
