@@ -171,10 +171,12 @@ void PengRobinsonModel::Evaluate(Phase phase, double T, double P, const double* 
     out.compressibility = Z0;
     if (!gradients) {
         const Departure<double> d = Departures<double>(T, P, a[0], a[1], a[2], b, Z0);
-        out.h += d.h;
-        out.s += d.s;
-        out.cp += d.cp;
-        out.cv += d.cv;
+        if (thermal) {
+            out.h += d.h;
+            out.s += d.s;
+            out.cp += d.cp;
+            out.cv += d.cv;
+        }
         if (!liquid && (request & kVolume)) out.v = d.v;
         if (request & kFugacity)
             for (std::size_t i = 0; i < n; ++i) out.ln_phi[i] = d.U + d.V * b_[i] + d.W * q_[0][i];
