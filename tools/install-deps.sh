@@ -4,7 +4,7 @@ set -euo pipefail
 export DEBIAN_FRONTEND=noninteractive
 apt-get update -qq
 apt-get install -y -qq --no-install-recommends \
-  g++ cmake make binutils python3 \
+  g++ cmake make binutils \
   libgtest-dev libgmock-dev libbenchmark-dev \
   libsuitesparse-dev libsundials-dev \
   nlohmann-json3-dev libcli11-dev libfmt-dev \
