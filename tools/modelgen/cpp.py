@@ -355,8 +355,9 @@ class Emitter:
         d, idx = sym.steps[-1]
         if not idx:
             obj = self.object_of_prefix(sym, len(sym.steps) - 1, block)
-            expr = f"{d.cpp_access(obj)}.fv()"
-            return expr
+            # Named, so that it is read once where it is loop-invariant (a store through the
+            # residual array could alias it for the compiler).
+            return self.define(node, block, f"{d.cpp_access(obj)}.fv()")
         arr = self.object_node(sym, len(sym.steps), array_only=True)
         arr_name = self.emit(arr, block)
         if node.op == "read" and d.value_category == "variable":

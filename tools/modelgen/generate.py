@@ -117,6 +117,7 @@ class TypeGen:
         self.uses_components = False
         self.resolved = []
         self.set_sources = []           # (text of a range assignment, integer parameters it reads)
+        self.own_checks = []            # checks that this object's arrays run over their loops' sets
         self.lower_assignments()
         self.lower_equations()
 
@@ -546,11 +547,26 @@ class TypeGen:
                     child.add(f"InitialiseInternalIndexSet({target}, {v}, 0);")
                 else:
                     child.add(f"{target}.Assign(&{v});")
-                block.nest("{", child)
+                # A statement about a reference that nothing is linked to yet has nothing to act on.
+                refs = self.references_of(item)
+                guard = " && ".join(f"{r.name}.Target()" for r in refs)
+                block.nest(f"if ({guard}) {{" if guard else "{", child)
             elif isinstance(item, LoopNode):
                 self.emit_loop(item, block, em, "assign", lambda inner: self.emit_assignments(item.body, inner, em))
             elif isinstance(item, ChoiceNode):
                 self.emit_choice(item, block, em, "assign", lambda body, inner: self.emit_assignments(body, inner, em))
+
+    def references_of(self, leaf):
+        refs = []
+        steps = list(leaf.target.steps)
+        nodes = list(self.all_nodes(leaf.value)) if isinstance(leaf.value, ir.Node) else []
+        for n in nodes:
+            if n.op in ("read", "iparam", "sparam", "lparam"):
+                steps.extend(n.args[0].steps[:1])
+        for d, _idx in steps:
+            if d.is_reference and d in self.tm.own and d not in refs:
+                refs.append(d)
+        return refs
 
     def assign_target(self, leaf, block, em):
         ref = leaf.target
@@ -674,7 +690,7 @@ class TypeGen:
             text = em.emit(r.node, top)
             top.add(f"m_position[{r.slot}] = {arr}.PositionOfText({r.dim}, {text});")
             top.add(f"if (m_position[{r.slot}] < 0) VX_ThrowMissingElement({arr}, {text});")
-        lines += self.group_text(None, top)
+        groups = []
         for g in self.groups:
             block = Block(barrier="hard")
             if self.uses_choices:
@@ -683,11 +699,16 @@ class TypeGen:
             def leaf(row, b, g=g):
                 b.add(f"SetGroupLimits(m_firstGroup + {g.number});")
                 b.add("++n;")
-                self.emit_walk_setup(row.walk.items, b, em, "AddNonZero({obj});")
+                self.emit_walk_setup(row.walk.items, b, em, "AddNonZero({obj});", check=True)
 
             self.emit_items(g.body, block, em, "record", leaf)
-            lines.append(f"        // group {g.number}")
-            lines += self.group_text(g, block)
+            groups.append(f"        // group {g.number}")
+            groups += self.group_text(g, block)
+        for d in self.references_in_equations():
+            top.body.append(f"VX_CheckLinked({d.name}, {cstr(d.name)});")
+        top.body.extend(self.own_checks)
+        lines += self.group_text(None, top)
+        lines += groups
         lines += ["    } catch (const std::exception& e) {",
                   f'        return VX_ReportFailure(*this, "SetUpEquations", (std::string(e.what()){self.set_context()}).c_str());',
                   "    }",
@@ -695,6 +716,34 @@ class TypeGen:
                   "    return SetLocalEqnCount(n);",
                   "}", ""]
         return "\n".join(lines)
+
+    def references_in_equations(self):
+        """This object's references (globals, externals) that its equations read."""
+        out = []
+        for g in self.groups:
+            for node in self.nodes_of(g.body):
+                if node.op in ("read", "iparam", "sparam", "lparam"):
+                    d = node.args[0].steps[0][0]
+                    if d.is_reference and d in self.tm.own and d not in out:
+                        out.append(d)
+        return sorted(out, key=self.tm.own.index)
+
+    def nodes_of(self, items):
+        for item in items:
+            if isinstance(item, Row):
+                for r in item.residuals:
+                    yield from self.all_nodes(r)
+                if item.condition is not None:
+                    yield from self.all_nodes(item.condition)
+            elif isinstance(item, LoopNode):
+                if item.where is not None:
+                    yield from self.all_nodes(item.where)
+                yield from self.nodes_of(item.body)
+            elif isinstance(item, ChoiceNode):
+                for cond, body in item.branches:
+                    yield from self.all_nodes(cond)
+                    yield from self.nodes_of(body)
+                yield from self.nodes_of(item.otherwise)
 
     def set_context(self):
         """What a failed SetUpEquations adds to its message: how the sets that size the arrays
@@ -709,16 +758,25 @@ class TypeGen:
             return ""
         return ' + " (" + ' + ' + "; " + '.join(parts) + ' + ")"'
 
-    def emit_walk_setup(self, items, block, em, template):
+    def emit_walk_setup(self, items, block, em, template, check=False):
+        """The entries of a walk in set-up code: template per entry, with check the test that
+        every array read by a loop's position runs over that loop's set (once per array for
+        this object's own arrays, per element for arrays of members)."""
         for item in items:
             if item[0] == "entry":
                 _kind, sym, guards = item
                 obj = em.object_expr(sym, block)
                 for k, (d, idx) in enumerate(sym.steps):
                     for dim, i in enumerate(idx):
-                        if i[0] == "iter" and i[2] == 0 and d.category != "multiport":
-                            holder = em.object_expr(ir.Sym(sym.steps[:k] + [(d, [])]), block)
-                            block.add(f"VX_CheckIndexedBy({holder}, {dim}, {em.set_data(i[1].setref, block)});")
+                        if not (check and i[0] == "iter" and i[2] == 0 and d.category != "multiport"):
+                            continue
+                        holder = em.object_expr(ir.Sym(sym.steps[:k] + [(d, [])]), block)
+                        line = f"VX_CheckIndexedBy({holder}, {dim}, {em.set_data(i[1].setref, block)});"
+                        if k == 0 and self.same_set(i[1].setref, d.over[dim], 0):
+                            if line not in self.own_checks:
+                                self.own_checks.append(line)
+                        else:
+                            block.add(line)
                 stmt = template.format(obj=obj)
                 if guards:
                     cond = " && ".join(f"{em.iter_object(g)}.Position() == 0" for g in guards)
@@ -727,7 +785,7 @@ class TypeGen:
             else:
                 _kind, it, inner = item
                 header, child, footer = em.open_loop(it, block)
-                self.emit_walk_setup(inner, child, em, template)
+                self.emit_walk_setup(inner, child, em, template, check)
                 block.nest(header, child, footer)
 
     def pattern_fn(self):

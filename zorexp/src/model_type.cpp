@@ -116,10 +116,11 @@ int VX_ModelType::MaxGroupNo() const {
 void VX_ModelType::RecordVariableTerm(VX_Type& term, int*& rows, int*& cols, int eqn) {
     VX_Session& s = VX_Session::Current();
     s.Record(eqn, -1);
-    auto* vp = dynamic_cast<VX_VarParam*>(&term);
-    if (!vp || !vp->RealSlot()) return;
+    if (!term.IsValue()) return;
+    auto& vp = static_cast<VX_VarParam&>(term);
+    if (!vp.RealSlot()) return;
     *rows++ = eqn;
-    *cols++ = s.ColumnOf(*vp);
+    *cols++ = s.ColumnOf(vp);
 }
 
 int VX_ReportFailure(const VX_Type& model, const char* operation, const char* message) {

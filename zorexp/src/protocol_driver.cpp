@@ -127,6 +127,25 @@ std::int32_t VX_ProtocolDriver::SetDims() {
     return VX_S_OK;
 }
 
+std::int32_t VX_ProtocolDriver::LinkExternals(const ExternalBinder& bind) {
+    m_failure = Failure{};
+    Collect();
+    for (std::size_t k = 0; k < m_units.size(); ++k) {
+        VX_ModelType& unit = *m_units[k].object;
+        for (const VX_PropertyEntry& p : unit.Properties()) {
+            auto* reference = dynamic_cast<VX_ExternalBase*>(p.object);
+            if (!reference || reference->IsLinked()) continue;
+            VX_Type* object = bind(unit, *reference, p.name);
+            if (!object) continue;
+            if (reference->ExternalLink(object) < 0)
+                return Fail(static_cast<int>(k), VX_E_WRONGKIND, "ExternalLink",
+                            std::string("external reference ") + p.name + " takes " + reference->ExternalTypeName() +
+                                ", not the " + object->TypeName() + " " + object->Path());
+        }
+    }
+    return VX_S_OK;
+}
+
 std::int32_t VX_ProtocolDriver::ExecuteAssignments(int level, int context) {
     m_failure = Failure{};
     for (std::size_t k = 0; k < m_units.size(); ++k) {

@@ -58,3 +58,17 @@ VX_HRESULT VX_VirtualBase::VirtualLink() {
     m_target->SetOwner(this, 0);
     return VX_S_OK;
 }
+
+void VX_CheckLinked(const VX_GlobalBase& reference, const char* name) {
+    if (!reference.Target())
+        throw std::logic_error(std::string("global ") + name + " is not linked: it is declared with another type elsewhere");
+}
+
+void VX_CheckLinked(const VX_ExternalBase& reference, const char* name) {
+    if (!reference.Target())
+        throw std::logic_error(std::string("external reference ") + name + " is not bound to an object");
+}
+
+void VX_CheckLinked(const VX_VirtualBase& reference, const char* name) {
+    if (!reference.Target()) throw std::logic_error(std::string("virtual member ") + name + " holds no object");
+}

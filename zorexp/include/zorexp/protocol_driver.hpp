@@ -11,12 +11,14 @@
 // than SetUpEquations declared) stop the operation; LastFailure() tells which unit, which
 // operation and why. Residuals and Jacobian throw nothing and allocate nothing.
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "zorexp/model_type.hpp"
 
 class VX_Connection;
+class VX_ExternalBase;
 
 class VX_ProtocolDriver {
 public:
@@ -48,6 +50,12 @@ public:
     const std::vector<Unit>& Units() const { return m_units; }
     // The unit an object is (or -1).
     int UnitOf(const VX_Type& object) const;
+
+    // Binds every external reference of every unit that nothing is bound to yet: bind gets the
+    // unit, the reference and its name, and returns the object (null: leave it unbound). An
+    // object that does not fit the reference's type fails with VX_E_WRONGKIND, naming both.
+    using ExternalBinder = std::function<VX_Type*(VX_ModelType& unit, VX_ExternalBase& reference, const char* name)>;
+    std::int32_t LinkExternals(const ExternalBinder& bind);
 
     // Set-up, every unit: component lists flow from owners to members, arrays are sized,
     // connections matched, and assignments run (a member's a level lower per containment).

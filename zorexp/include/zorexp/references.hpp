@@ -93,6 +93,12 @@ protected:
     VX_Type* m_target = nullptr;
 };
 
+// Throws std::logic_error naming the reference when nothing is linked to it (a global declared
+// with another type elsewhere, an external nobody bound): equations cannot use it.
+void VX_CheckLinked(const VX_GlobalBase& reference, const char* name);
+void VX_CheckLinked(const VX_ExternalBase& reference, const char* name);
+void VX_CheckLinked(const VX_VirtualBase& reference, const char* name);
+
 // Container id of runtime types, used by references to check what they are linked to.
 const char* VX_RealVariableContainerId();
 const char* VX_MatrixContainerId();
