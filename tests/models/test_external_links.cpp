@@ -65,4 +65,28 @@ TEST(ExternalLinks, EquationsOverAnUnboundReferenceFailNamingIt) {
     EXPECT_EQ(l.driver.LastFailure().unit, 0);
 }
 
+TEST(ExternalLinks, ParameterReferencesFallBackOnTheSessionsGlobalOfTheirName) {
+    auto toGlobals = [](VX_ModelType&, VX_ExternalBase& reference, const char* name) {
+        return VX_SessionGlobalFor(reference, name);
+    };
+    {
+        Linked l;
+        ASSERT_EQ(l.driver.LinkExternals(toGlobals), VX_S_OK);
+        EXPECT_FALSE(l.reader.T.IsLinked());   // a variable is bound by path, never to a global
+        ASSERT_NE(l.session->FindGlobal("eps"), nullptr);
+        EXPECT_EQ(l.reader.EPS.Target(), l.session->FindGlobal("EPS"));
+        ASSERT_GE(l.driver.SetDims(), 0);
+        ASSERT_GE(l.driver.ExecuteAssignments(0, VX_CTX_MODEL), 0);
+        EXPECT_EQ(l.session->Global<VX_REALPARAMETER>("EPS")->fv(), 0.5);
+    }
+    {
+        // A global of another kind declared first is the one meant: the link refuses it.
+        Linked l;
+        l.session->Global<VX_INTEGERPARAMETER>("EPS");
+        EXPECT_EQ(l.driver.LinkExternals(toGlobals), VX_E_WRONGKIND);
+        EXPECT_NE(l.driver.LastFailure().message.find("external reference EPS takes"), std::string::npos)
+            << l.driver.LastFailure().message;
+    }
+}
+
 }  // namespace

@@ -28,10 +28,7 @@ int VX_ProtocolDriver::AddBlock(VX_ModelType& block) {
 
 void VX_ProtocolDriver::AddUnit(VX_ModelType& unit) { m_own.push_back(&unit); }
 
-void VX_ProtocolDriver::AddConnection(VX_Connection& connection) {
-    m_connections.push_back(&connection);
-    m_own.push_back(&connection);
-}
+void VX_ProtocolDriver::AddConnection(VX_Connection& connection) { m_own.push_back(&connection); }
 
 void VX_ProtocolDriver::Walk(VX_Type& object, int block, int depth, int parent) {
     auto* model = dynamic_cast<VX_ModelType*>(&object);
@@ -120,8 +117,11 @@ std::int32_t VX_ProtocolDriver::SetDims() {
             if (status < 0) return status;
         }
     }
-    for (VX_Connection* c : m_connections) {
-        const std::int32_t status = Run(UnitOf(*c), "Match", [&] { c->Match(); return 0; });
+    // Connections are among the units of their own, which come after all blocks' units.
+    for (std::size_t k = m_units.size() - m_own.size(); k < m_units.size(); ++k) {
+        auto* c = dynamic_cast<VX_Connection*>(m_units[k].object);
+        if (!c) continue;
+        const std::int32_t status = Run(static_cast<int>(k), "Match", [&] { c->Match(); return 0; });
         if (status < 0) return status;
     }
     return VX_S_OK;

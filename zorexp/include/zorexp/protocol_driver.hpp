@@ -87,7 +87,6 @@ private:
 
     std::vector<VX_ModelType*> m_blocks;
     std::vector<VX_ModelType*> m_own;
-    std::vector<VX_Connection*> m_connections;
     std::vector<Unit> m_units;
     int m_rows = 0;
     int m_entries = 0;

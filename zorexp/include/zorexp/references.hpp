@@ -93,6 +93,12 @@ protected:
     VX_Type* m_target = nullptr;
 };
 
+// The flowsheet's global behind an external reference to a parameter that nothing else binds
+// (a mixer's EPS or GLOBALPDRIVEN): the session's global of the reference's name, made of the
+// reference's kind (real, integer, text or logical parameter) when no block declared it yet.
+// Null for references to anything else: those are bound by path.
+VX_Type* VX_SessionGlobalFor(const VX_ExternalBase& reference, const char* name);
+
 // Throws std::logic_error naming the reference when nothing is linked to it (a global declared
 // with another type elsewhere, an external nobody bound): equations cannot use it.
 void VX_CheckLinked(const VX_GlobalBase& reference, const char* name);
