@@ -56,7 +56,7 @@ def reads_elements(node, bound=frozenset(), memo=None):
     if key in memo:
         return memo[key]
     out = False
-    if node.op in ("read", "iparam", "sparam", "lparam", "obj"):
+    if node.op in ("read", "iparam", "sparam", "lparam", "obj", "attr"):
         for _d, idx in node.args[0].steps:
             for i in idx:
                 if not (i[0] == "iter" and i[1] in bound):
@@ -177,6 +177,8 @@ class Emitter:
             return self.iter_pos(a[0], block)
         if op in ("read", "iparam", "sparam", "lparam"):
             return self.read(node, block)
+        if op == "attr":
+            return f"{self.object_expr(a[0], block)}.Flag(VX_ATTR_{a[1]})"
         if op in ("red", "argext", "prodexcl"):
             return self.reduction(node, block)
         if op == "obj":

@@ -183,6 +183,11 @@ class TypeGen:
         return AssignLeaf(ref, value, ordinal, s.tok)
 
     def set_value(self, e, scope, d):
+        """The value of an assignment to set d, checked to hold members of d's kind."""
+        if isinstance(e, S.Binary) and e.op == "*":
+            return ir.mk("setprod", "set", self.set_value(e.left, scope, d), self.set_value(e.right, scope, d))
+        if isinstance(e, S.SetLiteral):
+            return ir.mk("setlit", "set", self.stored_set(e, d))
         if isinstance(e, S.Range):
             if d.setkind != "integer":
                 self.fail(e.tok, f"{d.name} is a set of texts; a range a .. b makes integers")
@@ -192,13 +197,35 @@ class TypeGen:
             self.set_sources.append((f"{d.name} := {unparse(e)}", params))
             return ir.mk("range", "set", lo, hi)
         if isinstance(e, S.Apply) and isinstance(e.target, S.Name) and e.target.name == "option":
+            if d.setkind != "string":
+                self.fail(e.tok, f"{d.name}: a list option gives a set of texts")
             return self.low.expr(e, scope, None, "option")
         if isinstance(e, S.Name) and (e.name == "components" or self.tm.find(e.name) is not None):
             setref = self.low.set_of(e, scope)
             if setref.elem != d.setkind:
                 self.fail(e.tok, f"{d.name} is a set of {d.setkind}s, {e.name} of {setref.elem}s")
             return ir.mk("setof", "set", setref)
-        self.fail(e.tok, "a set takes a range a .. b, another set, components or option(\"NAME\")")
+        self.fail(e.tok, "a set takes a range a .. b, a set {...}, another set, components, option(\"NAME\") "
+                         "or the product A * B of two of these")
+
+    def stored_set(self, e, d):
+        """The stored form of a set {...}: each member closed by a double quote."""
+        members = []
+        for item in e.items:
+            if d.setkind == "string":
+                if not isinstance(item, S.Str) or '"' in item.text:
+                    self.fail(item.tok, f"{d.name} is a set of texts: its members are texts without a double quote")
+                text = item.text
+            else:
+                negative = isinstance(item, S.Unary) and item.op == "-"
+                num = item.operand if negative else item
+                if not isinstance(num, S.Num) or not num.is_int:
+                    self.fail(item.tok, f"{d.name} is a set of integers: its members are integers")
+                text = ("-" if negative else "") + num.text
+            if any(m.lower() == text.lower() for m in members):
+                self.fail(item.tok, f"{d.name}: member {text} given twice")
+            members.append(text)
+        return "".join(m + '"' for m in members)
 
     def loop_scope(self, s, scope):
         inner = scope.child()
@@ -266,6 +293,9 @@ class TypeGen:
         if self.reads_text(cond):
             self.fail(s.condition.tok, "a choice made at each evaluation cannot compare texts; "
                                        "a condition on parameters is written 'if ... then'")
+        if any(n.op == "attr" for n in self.all_nodes(cond)):
+            self.fail(s.condition.tok, "a choice made at each evaluation cannot read a variable's flags; "
+                                       "a condition on them is written 'if ... then'")
         alts = []
         for body in (s.then, s.otherwise):
             eqs = []
@@ -548,21 +578,34 @@ class TypeGen:
                 else:
                     child.add(f"{target}.Assign(&{v});")
                 # A statement about a reference that nothing is linked to yet has nothing to act on.
-                refs = self.references_of(item)
+                refs = self.references_of(list(item.target.steps), [item.value])
                 guard = " && ".join(f"{r.name}.Target()" for r in refs)
                 block.nest(f"if ({guard}) {{" if guard else "{", child)
-            elif isinstance(item, LoopNode):
-                self.emit_loop(item, block, em, "assign", lambda inner: self.emit_assignments(item.body, inner, em))
-            elif isinstance(item, ChoiceNode):
-                self.emit_choice(item, block, em, "assign", lambda body, inner: self.emit_assignments(body, inner, em))
+            else:
+                # A loop or a choice tests its condition where it stands, after the statements
+                # before it (which may assign what it reads), and only when the references it
+                # reads are linked.
+                child = Block(block, barrier="hard")
+                if isinstance(item, LoopNode):
+                    conditions = [item.where] if item.where is not None else []
+                    self.emit_loop(item, child, em, "assign", lambda inner, item=item: self.emit_assignments(item.body, inner, em))
+                else:
+                    conditions = [cond for cond, _body in item.branches]
+                    self.emit_choice(item, child, em, "assign", lambda body, inner: self.emit_assignments(body, inner, em))
+                refs = self.references_of([], conditions)
+                guard = " && ".join(f"{r.name}.Target()" for r in refs)
+                block.nest(f"if ({guard}) {{" if guard else "{", child)
 
-    def references_of(self, leaf):
+    def references_of(self, steps, values):
+        """This object's references (globals, externals) among steps and read by values."""
         refs = []
-        steps = list(leaf.target.steps)
-        nodes = list(self.all_nodes(leaf.value)) if isinstance(leaf.value, ir.Node) else []
-        for n in nodes:
-            if n.op in ("read", "iparam", "sparam", "lparam"):
-                steps.extend(n.args[0].steps[:1])
+        steps = list(steps)
+        for value in values:
+            if not isinstance(value, ir.Node):
+                continue
+            for n in self.all_nodes(value):
+                if n.op in ("read", "iparam", "sparam", "lparam", "attr"):
+                    steps.extend(n.args[0].steps[:1])
         for d, _idx in steps:
             if d.is_reference and d in self.tm.own and d not in refs:
                 refs.append(d)
@@ -578,16 +621,10 @@ class TypeGen:
     def assign_datum(self, leaf, block, em):
         v = leaf.value
         d = leaf.target.decl
-        if v.op == "range":
-            return f"VX_IntSetValue({em.emit(v.args[0], block)}, {em.emit(v.args[1], block)})"
-        if v.op == "setof":
-            return f"{self.set_object(v.args[0])}.v()" if v.args[0].kind != "components" else "ComponentList()->v()"
+        if d.category in ("set", "internal_set"):
+            return self.set_datum(v, d, block, em)
         if v.op == "option":
             option = f"VX_ComponentListOption(*ComponentList(), {cstr(v.args[0])})"
-            if d.category in ("set", "internal_set"):
-                if d.setkind != "string":
-                    self.fail(leaf.tok, f"{d.name}: a list option gives a set of texts")
-                return f"{option}.StringSet()"
             cat = d.value_category
             if cat == "integer":
                 return f"{option}.v().Integer()"
@@ -595,6 +632,20 @@ class TypeGen:
                 return f"{option}.v()"
             self.fail(leaf.tok, f"{d.name}: a list option is assigned to an integer, text or set")
         return em.emit(v, block)
+
+    def set_datum(self, v, d, block, em):
+        """C++ of a set value (VX_IntSetValue or VX_StrSetValue) for set d."""
+        if v.op == "range":
+            return f"VX_IntSetValue({em.emit(v.args[0], block)}, {em.emit(v.args[1], block)})"
+        if v.op == "setof":
+            return f"{self.set_object(v.args[0])}.v()" if v.args[0].kind != "components" else "ComponentList()->v()"
+        if v.op == "option":
+            return f"VX_ComponentListOption(*ComponentList(), {cstr(v.args[0])}).StringSet()"
+        if v.op == "setlit":
+            return f"VX_{'Int' if d.setkind == 'integer' else 'Str'}SetValue({cstr(v.args[0])})"
+        if v.op == "setprod":
+            return f"({self.set_datum(v.args[0], d, block, em)} * {self.set_datum(v.args[1], d, block, em)})"
+        raise AssertionError(f"not a set value: {v.op}")
 
     # --- emission: control statements shared by the four equation passes ----------------------
     def emit_loop(self, item, block, em, mode, body_fn):
@@ -722,7 +773,7 @@ class TypeGen:
         out = []
         for g in self.groups:
             for node in self.nodes_of(g.body):
-                if node.op in ("read", "iparam", "sparam", "lparam"):
+                if node.op in ("read", "iparam", "sparam", "lparam", "attr"):
                     d = node.args[0].steps[0][0]
                     if d.is_reference and d in self.tm.own and d not in out:
                         out.append(d)
@@ -810,8 +861,9 @@ class TypeGen:
             self.emit_items(g.body, block, em, "replay", leaf)
             if self.uses_choices:
                 block.add("static_cast<void>(choice);")
-            lines.append(f"        // group {g.number}")
-            lines += self.group_text(g, block)
+            lines.append(f"        {{  // group {g.number}")
+            lines += self.group_text(g, block, indent=3)
+            lines.append("        }")
         lines += ["    } catch (const std::exception& e) {",
                   '        return VX_ReportFailure(*this, "JacPattern", e.what());',
                   "    }",

@@ -18,11 +18,11 @@ KEYWORDS = {
 
 # Longest first, so that ':=' wins over ':'.
 OPERATORS = [":=", "==", "<>", "<=", ">=", "..", "<", ">", "+", "-", "*", "/", "^", "(", ")",
-             ",", ":", ".", "=", "[", "]"]
+             ",", ":", ".", "=", "[", "]", "{", "}"]
 
 # After these a newline does not end the statement.
 CONTINUES = {"+", "-", "*", "/", "^", "(", ",", ":=", "==", "<>", "<=", ">=", "<", ">", "=",
-             "[", "and", "or", "not", ".."}
+             "[", "{", "and", "or", "not", ".."}
 
 
 @dataclass(frozen=True)
@@ -115,9 +115,9 @@ def tokenize(text, path):
             continue
         for op in OPERATORS:
             if text.startswith(op, i):
-                if op in "([":
+                if op in "([{":
                     depth += 1
-                elif op in ")]":
+                elif op in ")]}":
                     depth = max(0, depth - 1)
                 add("OP", op, line, col)
                 i += len(op)

@@ -10,6 +10,8 @@ from .errors import DescriptionError
 from .model import ATTRIBUTES, SPEC_NAMES, SetRef
 
 UNARY_FUNCTIONS = {"exp", "log", "log10", "sqrt", "sin", "cos", "tanh", "cosh", "sinh", "abs"}
+# Attributes a condition may read: the logical flags of a variable.
+FLAG_ATTRIBUTES = ("ISMATCHED", "ISCONNECTED", "RECORD")
 
 
 @dataclass
@@ -184,6 +186,8 @@ class Lowering:
             return self.reduce(e, scope, walk)
         if isinstance(e, S.Range):
             self.fail(e.tok, "a range a .. b is a set value: it can only be assigned to an integer set")
+        if isinstance(e, S.SetLiteral):
+            self.fail(e.tok, "a set {...} is a set value: it can only be assigned to a set")
         if isinstance(e, S.Apply) and isinstance(e.target, S.Name) and self.is_function(e.target.name, scope):
             return self.call(e, scope, walk)
         if isinstance(e, S.Name) and scope.find(e.name):
@@ -194,7 +198,7 @@ class Lowering:
             return ir.mk("its", "string", it)
         if isinstance(e, S.Name) and e.name in SPEC_NAMES:
             return ir.mk("spec", "spec", SPEC_NAMES[e.name])
-        return self.value_of(self.resolve(e, scope), e, walk)
+        return self.value_of(self.resolve(e, scope, allow_attr=True), e, walk)
 
     def is_function(self, name, scope):
         return scope.find(name) is None and self.tm.find(name) is None and \
@@ -203,6 +207,13 @@ class Lowering:
     def value_of(self, ref, e, walk):
         d = ref.decl
         cat = d.value_category
+        if ref.attr is not None:
+            if ref.attr not in FLAG_ATTRIBUTES or cat != "variable":
+                self.fail(e.tok, f"{d.name}.{ref.attr}: conditions read the flags "
+                                 f"{', '.join(FLAG_ATTRIBUTES)} of variables only")
+            if d.is_array and not ref.steps[-1][1]:
+                self.fail(e.tok, f"{d.name} is an array: give its indices")
+            return ir.mk("attr", "bool", ref.sym(), ref.attr)
         if d.is_array and not ref.steps[-1][1]:
             self.fail(e.tok, f"{d.name} is an array: give its indices")
         sym = ref.sym()

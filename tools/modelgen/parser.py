@@ -472,7 +472,8 @@ class Parser:
             self.expect(")")
             return e
         if self.accept("{"):
-            self.fail("set literals are not supported")
+            items = self.arguments("}")
+            return S.SetLiteral(t, items)
         self.fail(f"expected a value, found {self.describe(t)}")
 
 

@@ -70,6 +70,12 @@ class Range(Expr):
 
 
 @dataclass(eq=False)
+class SetLiteral(Expr):
+    """{a, b, ...}: a stored set value, members in the order written."""
+    items: list
+
+
+@dataclass(eq=False)
 class Reduce(Expr):
     kind: str      # sum, prod, min, max
     var: str
