@@ -19,6 +19,14 @@ private:
     VX_Session* m_previous;
 };
 
+// Binds external references to parameters to the session's globals of their names, as a
+// flowsheet does.
+inline std::int32_t LinkGlobals(VX_ProtocolDriver& d) {
+    return d.LinkExternals([](VX_ModelType&, VX_ExternalBase& reference, const char* name) {
+        return VX_SessionGlobalFor(reference, name);
+    });
+}
+
 // Sizes, assigns (the model at `level`), and sizes again over the sets the assignments gave.
 inline std::int32_t Prepare(VX_ModelType& m, int level = 10) {
     VX_ProtocolDriver d;

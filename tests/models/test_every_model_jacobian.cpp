@@ -29,6 +29,16 @@ void ApplySetting(VX_ModelType& m, const std::string& setting) {
     const std::string path = setting.substr(0, eq), text = setting.substr(eq + 1);
     VX_PathResolution found = VX_ResolvePath(m, path);
     ASSERT_NE(found.object, nullptr) << found.problem;
+    // A multiport takes the names of its connections, separated by commas.
+    if (auto* multiport = dynamic_cast<VX_MULTIPORT_BaseType*>(found.object)) {
+        for (std::size_t start = 0; start <= text.size();) {
+            const auto end = std::min(text.find(',', start), text.size());
+            std::string why;
+            ASSERT_NE(multiport->AddConnection(text.substr(start, end - start), &why), nullptr) << setting << ": " << why;
+            start = end + 1;
+        }
+        return;
+    }
     auto* p = dynamic_cast<VX_VarParam*>(found.object);
     ASSERT_NE(p, nullptr) << path;
     VX_Value value;
@@ -50,14 +60,17 @@ TEST_P(EveryModel, JacobianAgreesWithFiniteDifferences) {
     ScopedSession session;
     session->DefineComponentList("CHECK", {"WATER", "METHANOL", "ETHANOL"});
     std::unique_ptr<VX_ModelType, Released> model(c.make());
+    VX_ProtocolDriver driver;
+    driver.AddBlock(*model);
+    // External references to parameters stand for the flowsheet's globals, as in the host; the
+    // settings may then give them values.
+    ASSERT_GE(LinkGlobals(driver), 0) << driver.LastFailure().message;
     std::string settings = c.settings;
     for (std::size_t start = 0; !settings.empty() && start <= settings.size();) {
         const auto end = std::min(settings.find(';', start), settings.size());
         ApplySetting(*model, settings.substr(start, end - start));
         start = end + 1;
     }
-    VX_ProtocolDriver driver;
-    driver.AddBlock(*model);
     for (int pass = 0; pass < 2; ++pass) {
         ASSERT_GE(driver.SetDims(), 0) << driver.LastFailure().message;
         ASSERT_GE(driver.ExecuteAssignments(0, VX_CTX_MODEL), 0) << driver.LastFailure().message;
