@@ -1,6 +1,7 @@
 #include "flowsheet/flowsheet.hpp"
 
 #include <algorithm>
+#include <cctype>
 #include <list>
 
 #include "paths/property_paths.hpp"
@@ -21,6 +22,12 @@ struct Pending {
     std::size_t block;
     const SetEntry* entry;
 };
+
+// Block names are compared without regard to case.
+std::string NameKey(std::string name) {
+    for (char& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return name;
+}
 
 VX_Type* Dereference(VX_Type* t) {
     if (auto* g = dynamic_cast<VX_GlobalBase*>(t)) return g->Target() ? g->Target() : t;
@@ -69,8 +76,9 @@ std::unique_ptr<Flowsheet> Flowsheet::Build(const FlowsheetDocument& doc, const 
     for (const ComponentListSpec& list : doc.componentLists)
         fs->m_session->DefineComponentList(list.name, list.components, list.options);
     fs->CreateBlocks(doc, create);
-    fs->ApplyGlobals(doc);
     fs->Connect(doc);
+    fs->LinkGlobals(doc);
+    fs->ApplyGlobals(doc);
     fs->SetUp(doc);
     return fs;
 }
@@ -90,6 +98,7 @@ void Flowsheet::CreateBlocks(const FlowsheetDocument& doc, const BlockCreator& c
         }
         m_blocks.push_back(Block{spec.name, spec.type, model});
         m_blockOfTop.emplace(model, static_cast<int>(m_blocks.size() - 1));
+        m_blockByName.emplace(NameKey(spec.name), static_cast<int>(m_blocks.size() - 1));
         m_driver.AddBlock(*model);
         // A global declared with another type than by an earlier block is left unlinked.
         if (const VX_Failure& f = m_session->LastFailure(); f.status == VX_E_WRONGKIND && f.operation == "GlobalLink")
@@ -115,9 +124,9 @@ void Flowsheet::Connect(const FlowsheetDocument& doc) {
             const auto dot = path.find('.');
             if (dot == std::string::npos) throw InputError(at, "connection end \"" + path + "\" is not BLOCK.PORT");
             const std::string blockName = path.substr(0, dot);
-            auto b = std::find_if(m_blocks.begin(), m_blocks.end(), [&](const Block& x) { return VX_EqualCI(x.name.c_str(), blockName.c_str()); });
-            if (b == m_blocks.end()) throw InputError(at, "connection end " + path + ": no block named " + blockName);
-            auto found = zorexp_cli::ResolvePath(*b->model, path.substr(dot + 1));
+            const auto b = m_blockByName.find(NameKey(blockName));
+            if (b == m_blockByName.end()) throw InputError(at, "connection end " + path + ": no block named " + blockName);
+            auto found = zorexp_cli::ResolvePath(*m_blocks[static_cast<std::size_t>(b->second)].model, path.substr(dot + 1));
             if (!found.object) throw InputError(at, "connection end " + path + ": " + found.problem);
             if (auto* multi = dynamic_cast<VX_MULTIPORT_BaseType*>(found.object)) {
                 const std::string& other = std::string(key) == "to" ? c.from : c.to;
@@ -140,6 +149,19 @@ void Flowsheet::Connect(const FlowsheetDocument& doc) {
         m_driver.AddConnection(*made);
         m_connections.push_back(std::move(made));
     }
+}
+
+void Flowsheet::LinkGlobals(const FlowsheetDocument& doc) {
+    // An external reference to a parameter (a mixer's EPS) stands for the flowsheet's global
+    // of its name, which the file's "globals" may then set.
+    const auto toGlobal = [](VX_ModelType&, VX_ExternalBase& reference, const char* name) {
+        return VX_SessionGlobalFor(reference, name);
+    };
+    if (m_driver.LinkExternals(toGlobal) >= 0) return;
+    const VX_ProtocolDriver::Failure& f = m_driver.LastFailure();
+    const auto& unit = m_driver.Units()[static_cast<std::size_t>(f.unit)];
+    const std::string at = unit.block >= 0 ? PointerChild(doc.blocks[static_cast<std::size_t>(unit.block)].pointer, "type") : "";
+    throw InputError(at, Describe(*unit.object) + ": " + f.message);
 }
 
 void Flowsheet::ApplyGlobals(const FlowsheetDocument& doc) {

@@ -38,7 +38,8 @@ struct Block {
 class Flowsheet {
 public:
     // Creates a session (current while the flowsheet lives), the component lists and the
-    // blocks; applies the globals and the blocks' values in rounds of SetDims and
+    // blocks; joins the connections, binds external references to parameters to the globals
+    // of their names; applies the globals and the blocks' values in rounds of SetDims and
     // ExecuteAssignments until no array changes size and every value has found its property.
     // Throws InputError for anything in the file that cannot be applied, ModelFailure when a
     // block fails an operation.
@@ -67,6 +68,7 @@ private:
     void CreateBlocks(const FlowsheetDocument& doc, const BlockCreator& create);
     void ApplyGlobals(const FlowsheetDocument& doc);
     void Connect(const FlowsheetDocument& doc);
+    void LinkGlobals(const FlowsheetDocument& doc);
     void SetUp(const FlowsheetDocument& doc);
 
     std::unique_ptr<VX_Session> m_session;
@@ -75,6 +77,7 @@ private:
     std::vector<std::unique_ptr<VX_Connection>> m_connections;
     VX_ProtocolDriver m_driver;
     std::unordered_map<const VX_Type*, int> m_blockOfTop;
+    std::unordered_map<std::string, int> m_blockByName;   // lower-case name -> block
     int m_rounds = 0;
 };
 

@@ -15,22 +15,20 @@
 #include "flowsheet/equation_system.hpp"
 #include "flowsheet/flowsheet.hpp"
 #include "flowsheet/flowsheet_commands.hpp"
-#include "models/unitops/rplug_tcool.hpp"
-#include "models/unitops/rplug_tcool1.hpp"
+#include "frame/check_cases.hpp"
 
 namespace zx::flowsheet::testing {
 
-// The coolant models, by type name; anything else is unknown.
+// The types that have a model description, by type name; anything else is unknown.
 inline VX_Type* CreateBlock(const std::string& type, std::string& error) {
-    VX_Type* made = nullptr;
-    if (VX_EqualCI(type.c_str(), "RPLUG_TCOOL1")) made = new VX_RPLUG_TCOOL1(true);
-    else if (VX_EqualCI(type.c_str(), "RPLUG_TCOOL")) made = new VX_RPLUG_TCOOL(true);
-    if (!made) {
-        error = "the tests make RPLUG_TCOOL and RPLUG_TCOOL1 only";
-        return nullptr;
+    for (const VX_CheckCase& c : kVX_CheckCases) {
+        if (!VX_EqualCI(type.c_str(), c.type)) continue;
+        VX_ModelType* made = c.make();
+        made->AddRef();
+        return made;
     }
-    made->AddRef();
-    return made;
+    error = "the tests make the types that have a model description only";
+    return nullptr;
 }
 
 // A flowsheet set up from text and gathered into one system.
