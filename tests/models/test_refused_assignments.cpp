@@ -24,4 +24,17 @@ TEST(RefusedAssignments, AreKeptWithTheirStatementAndReason) {
     EXPECT_NE(r.reason.find("\"TCool-Spec\""), std::string::npos) << r.reason;
 }
 
+// Scripts are handed over as wide text, each line ended by a line feed, found by name without
+// regard to case or by index.
+TEST(Scripts, AreFoundByNameOrIndex) {
+    ScopedSession session;
+    VX_TESTREFUSAL m(true);
+    const VX_Containable& object = m;
+    ASSERT_NE(object.Script("initialize", 0), nullptr);
+    EXPECT_EQ(std::wstring(object.Script("INITIALIZE", 7)), L"' two lines\n\n");
+    EXPECT_EQ(std::wstring(VX_TESTREFUSAL::StaticScript(nullptr, 0)), L"' two lines\n\n");
+    EXPECT_EQ(VX_TESTREFUSAL::StaticScript(nullptr, 1), nullptr);
+    EXPECT_EQ(object.Script("Terminate", 0), nullptr);
+}
+
 }  // namespace

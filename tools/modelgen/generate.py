@@ -438,6 +438,11 @@ class TypeGen:
             "    int Jacobian(double* values, int group, int start) override;",
             "    int JacPattern(int*& rows, int*& cols, VX_EquationType** types) override;",
         ]
+        if d.scripts:
+            lines += ["    // The class's model scripts, as wide text: the script named name, or with no name the one",
+                      "    // at index (from 0); null when there is none.",
+                      "    static const wchar_t* StaticScript(const char* name, int index);",
+                      "    const wchar_t* Script(const char* name, int index) const override { return StaticScript(name, index); }"]
         for name in sorted(self.handwritten):
             if name not in ("SetDims", "ExecuteAssignments", "SetUpEquations", "Residuals", "Jacobian",
                             "JacPattern", "Construct"):
@@ -490,11 +495,30 @@ class TypeGen:
                          ("SetUpEquations", self.setup_fn), ("JacPattern", self.pattern_fn)):
             if name not in self.handwritten:
                 parts.append(fn())
+        if self.desc.scripts:
+            parts.append(self.scripts_fn())
         if "Residuals" not in self.handwritten:
             parts.append(residuals)
         if "Jacobian" not in self.handwritten:
             parts.append(jacobian)
         return "\n".join(parts)
+
+    def scripts_fn(self):
+        """The script stores, made once on the first call: per script its name and lines, then
+        an empty store that ends the list."""
+        body = []
+        stores = []
+        for k, sc in enumerate(self.desc.scripts):
+            for line in sc.lines:
+                if any(ord(ch) > 126 for ch in line):
+                    self.fail(sc.tok, "script lines are plain ASCII text")
+            items = ",\n        ".join(cstr(x) for x in [sc.name] + sc.lines)
+            body.append(f"    static const char* const kScript{k}[] = {{\n        {items}}};")
+            length = sum(len(line) + 1 for line in sc.lines)
+            stores.append(f"VX_Script(kScript{k}, {len(sc.lines) + 1}, {k}, {length})")
+        body.append(f"    static const VX_Script kStores[] = {{{', '.join(stores + ['VX_Script()'])}}};")
+        body.append("    return VX_Script::Find(kStores, name, index);")
+        return f"const wchar_t* {self.cls}::StaticScript(const char* name, int index) {{\n" + "\n".join(body) + "\n}\n"
 
     def constructors(self):
         own = self.tm.own

@@ -38,13 +38,18 @@ void VX_ProtocolDriver::Walk(VX_Type& object, int block, int depth, int parent) 
         ++depth;
     }
     auto visit = [&](VX_Type* member) {
-        if (!member) return;
+        if (!member || member->IsValue()) return;   // variables, parameters and sets hold no units
         if (auto* v = dynamic_cast<VX_VirtualBase*>(member)) member = v->Target();
         if (!member || dynamic_cast<VX_GlobalBase*>(member) || dynamic_cast<VX_ExternalBase*>(member)) return;
         if (dynamic_cast<VX_ModelType*>(member) || dynamic_cast<VX_Matrix*>(member)) Walk(*member, block, depth, parent);
     };
     if (auto* array = dynamic_cast<VX_Matrix*>(&object)) {
-        for (int k = 0; k < array->Size(); ++k) visit(array->At(k));
+        // Elements are all of one type: an array of values holds no units.
+        for (int k = 0; k < array->Size(); ++k) {
+            VX_Type* e = array->At(k);
+            if (e && e->IsValue()) return;
+            visit(e);
+        }
         return;
     }
     if (auto* container = dynamic_cast<VX_Container*>(&object))

@@ -11,6 +11,7 @@
 #include "zorexp/protocol_driver.hpp"
 #include "zorexp/references.hpp"
 #include "zorexp/runtime_defaults.hpp"
+#include "zorexp/script.hpp"
 #include "zorexp/session.hpp"
 #include "zorexp/sets.hpp"
 #include "zorexp/value.hpp"
