@@ -57,6 +57,15 @@ public:
                              std::map<std::string, SUValue> options = {});
     const VX_ComponentListData* FindComponentList(const std::string& name) const;
     const VX_ComponentListData* DefaultComponentList() const;
+    // All lists in definition order; a list keeps its position when it is redefined.
+    const std::vector<VX_ComponentListData>& ComponentLists() const { return m_lists; }
+
+    // --- what went wrong in the last failed procedure call (empty when none), and notes that
+    // routines leave for the log; the host reads both.
+    void SetLastFailure(std::string text) { m_lastFailure = std::move(text); }
+    const std::string& LastFailure() const { return m_lastFailure; }
+    void AddNote(std::string text);   // a note already kept is not kept twice
+    const std::vector<std::string>& Notes() const { return m_notes; }
 
     // --- dependency recording of v(): counts reads while a recorder is active
     void BeginRecording() { m_recording = true; m_reads = 0; }
@@ -87,4 +96,6 @@ private:
     long m_reads = 0;
     bool m_recordExpressions = false;
     std::vector<ExprItem> m_tape;
+    std::string m_lastFailure;
+    std::vector<std::string> m_notes;
 };
