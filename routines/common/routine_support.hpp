@@ -46,6 +46,8 @@ public:
         while (n > 0 && (field[n - 1] == ' ' || field[n - 1] == '\0')) --n;
         return {field, n};
     }
+    // The slot of an input, for the rare routine that leaves a value there for the model.
+    double* InputSlot(int arg) { return m_buffer + m_inputOffsets[arg] - 1; }
     double& Out(int arg) { return m_buffer[m_outputOffsets[arg] - 1]; }
     double* OutArray(int arg) { return m_buffer + m_outputOffsets[arg] - 1; }
     // Sizes from the dimension lists: d counts the dimensions of all inputs (or outputs) from 0.
@@ -63,6 +65,8 @@ public:
     void ClearDerivatives() {
         if (WantsDerivatives()) std::memset(m_derivatives, 0, sizeof(double) * static_cast<std::size_t>(m_outputElements * m_inputElements));
     }
+    // Marks the call as failed with a status of the routine's own (0 or negative), saying nothing.
+    void SetStatus(int status) { *m_status = status; }
     // Marks the call as failed and says why.
     void Fail(const std::string& why) {
         *m_status = 0;
