@@ -88,14 +88,17 @@ private:
     template <class Operation>
     int Run(const char* operation, Operation op) const {
         int result = 0;
+        VX_Session::Current().SetLastFailure({});
         try {
             result = op();
         } catch (const std::exception& e) {
             throw HostFailure(std::string(m_entry.name) + ": " + operation + " failed: " + e.what());
         }
+        // A failed procedure call leaves the line that says which and why.
+        const std::string& why = VX_Session::Current().LastFailure();
         if (result < 0)
             throw HostFailure(std::string(m_entry.name) + ": " + operation + " failed: " + VX_StatusMessage(result) +
-                              " (" + std::to_string(result) + ")");
+                              " (" + std::to_string(result) + ")" + (why.empty() ? "" : ": " + why));
         return result;
     }
     void Expect(const char* operation, const char* what, int got, int declared) const {

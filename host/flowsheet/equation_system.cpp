@@ -26,8 +26,11 @@ EquationSystem::EquationSystem(Flowsheet& flowsheet) : m_flowsheet(&flowsheet) {
     // Equations: one numbering of groups over all blocks, in file order.
     long long rows = 0;
     for (std::size_t b = 0; b < blocks.size(); ++b) {
+        session.SetLastFailure({});
         const int n = blocks[b].model->SetUpEquations();
-        if (n < 0) Fail(blocks[b], "SetUpEquations failed with status " + std::to_string(n) + " (" + VX_StatusMessage(n) + ")");
+        if (n < 0)
+            Fail(blocks[b], "SetUpEquations failed with status " + std::to_string(n) + " (" + VX_StatusMessage(n) + ")" +
+                                (session.LastFailure().empty() ? "" : ": " + session.LastFailure()));
         m_ranges[b].firstRow = static_cast<int>(rows);
         m_ranges[b].rows = n;
         rows += n;

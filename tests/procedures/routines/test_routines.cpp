@@ -3,6 +3,7 @@
 // way, so that the runtime's handling of each failure can be watched.
 #include <cmath>
 #include <cstring>
+#include <set>
 #include <string>
 
 #include "routine_support.hpp"
@@ -15,6 +16,7 @@ int g_calls = 0;
 int g_lastCallType = -1;
 int g_failure = 0;   // see zxt_set_failure
 double g_lastInput = 0.0;
+std::set<double> g_squared;   // every distinct input ZXT_square was called with
 
 enum Failure { kNone = 0, kStatusZero = 1, kNanOutput = 2, kInfiniteDerivative = 3, kNegativeStatusQuiet = 4 };
 
@@ -43,6 +45,7 @@ void Square(Call& c) {
     if (!Begin(c)) return;
     const double x = c.In(0);
     g_lastInput = x;
+    g_squared.insert(x);
     c.Out(0) = x * x;
     if (c.WantsDerivatives()) c.Derivative(0, 0, 2.0 * x);
     Finish(c);
@@ -168,6 +171,7 @@ ZX_ROUTINE void ZXT_cstrings(double* in, int* id, double* out, int* od, int* io,
 ZX_ROUTINE int zxt_calls(void) { return g_calls; }
 ZX_ROUTINE int zxt_last_call_type(void) { return g_lastCallType; }
 ZX_ROUTINE double zxt_last_input(void) { return g_lastInput; }
+ZX_ROUTINE int zxt_distinct_inputs(void) { return static_cast<int>(g_squared.size()); }
 // 0 none, 1 status 0 with a message, 2 NaN output, 3 infinite derivative, 4 status -7 without
 // a message.
 ZX_ROUTINE void zxt_set_failure(int mode) { g_failure = mode; }
@@ -175,4 +179,5 @@ ZX_ROUTINE void zxt_reset(void) {
     g_calls = 0;
     g_lastCallType = -1;
     g_failure = 0;
+    g_squared.clear();
 }
