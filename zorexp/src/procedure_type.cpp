@@ -48,6 +48,26 @@ void VX_ProcedureType::SetMode(bool counting, int mode) {
     m_mode = mode;
 }
 
+// The present value of a bound element. Defined inline ahead of their users: they run once per
+// element of every call, and an out-of-line call would go through the library's PLT.
+inline double VX_ProcedureType::ElementReal(const BoundElement& e) const {
+    switch (e.kind) {
+    case VX_VarParam::RealVariable: return **e.slot;
+    case VX_VarParam::RealParameter: return static_cast<const VX_REALPARAMETER*>(e.object)->fv();
+    case VX_VarParam::IntegerParameter: return static_cast<const VX_INTEGERPARAMETER*>(e.object)->fv();
+    default: return 0.0;
+    }
+}
+
+inline int VX_ProcedureType::ElementInteger(const BoundElement& e) const {
+    if (e.kind == VX_VarParam::IntegerParameter) return static_cast<const VX_INTEGERPARAMETER*>(e.object)->fv();
+    return static_cast<const VX_LOGICALPARAMETER*>(e.object)->fv() ? 1 : 0;
+}
+
+inline const char* VX_ProcedureType::ElementString(const BoundElement& e) const {
+    return static_cast<const VX_STRINGPARAMETER*>(e.object)->fv();
+}
+
 // ---------------------------------------------------------------- sizing and binding
 
 std::string VX_ProcedureType::ArgName(int arg) const {
@@ -220,7 +240,8 @@ void VX_ProcedureType::BindElement(VX_VarParam& element, int arg, int inputIndex
         return;
     }
     const bool solver = arg < m_decl->inputs && kind == VX_VarParam::RealVariable && element.IsSolverVariable();
-    m_elements.push_back(BoundElement{&element, static_cast<std::uint8_t>(kind), solver});
+    double* const* slot = kind == VX_VarParam::RealVariable ? static_cast<VX_Variable&>(element).ValueSlotAddress() : nullptr;
+    m_elements.push_back(BoundElement{&element, slot, static_cast<std::uint8_t>(kind), solver});
     if (arg >= m_decl->inputs) {
         m_outputVars.push_back(static_cast<VX_Variable*>(&element));
     } else if (solver) {
@@ -291,9 +312,16 @@ void VX_ProcedureType::HandleDerivatives(bool negate) {
     }
     const std::size_t nIn = static_cast<std::size_t>(m_inputElements), nv = m_variableColumns.size();
     const double* raw = m_rawDerivatives.data();
+    const int* column = m_variableColumns.data();
     double* out = m_residualDerivatives.data();
+    double probe = 0.0;   // stays 0 unless a derivative is infinite or NaN
     for (std::size_t o = 0; o < m_outputVars.size(); ++o, raw += nIn)
-        for (std::size_t j = 0; j < nv; ++j) *out++ = -raw[m_variableColumns[j]];
+        for (std::size_t j = 0; j < nv; ++j) {
+            const double d = raw[column[j]];
+            probe += d * 0.0;
+            *out++ = -d;
+        }
+    if (probe != 0.0) m_derivativesFinite = false;
 }
 
 void VX_ProcedureType::InitializeCStrings() {
@@ -507,8 +535,26 @@ int VX_ProcedureType::CallFn(int ct, bool checkOutputs) {
     const int result = CheckIFailAndOutputs(status, ct, checkOutputs);
     if (result < 0) return result;
     if ((ct == VX_CALL_VALUES || ct == VX_CALL_DERIVATIVES) && m_postsetInputs) UnpackInputVars();
-    if (ct == VX_CALL_DERIVATIVES) NegateDerivatives();
+    if (ct == VX_CALL_DERIVATIVES) {
+        m_derivativesFinite = true;
+        NegateDerivatives();
+        if (checkOutputs && !m_derivativesFinite) return RefuseDerivatives();
+    }
     return result;
+}
+
+int VX_ProcedureType::RefuseDerivatives() {
+    m_lastCall = -1;
+    std::fill(m_residualDerivatives.begin(), m_residualDerivatives.end(), 0.0);
+    const std::size_t nIn = static_cast<std::size_t>(m_inputElements);
+    for (std::size_t o = 0; o < m_outputVars.size(); ++o)
+        for (int i : m_variableColumns) {
+            const double d = m_rawDerivatives[o * nIn + static_cast<std::size_t>(i)];
+            if (!std::isfinite(d))
+                return Fail(VX_E_ROUTINE_NONFINITE, "the routine returned the derivative " + std::to_string(d) + " of output element " +
+                                                        std::to_string(o + 1) + " with respect to input element " + std::to_string(i + 1));
+        }
+    return Fail(VX_E_ROUTINE_NONFINITE, "the routine returned a non-finite derivative");
 }
 
 void VX_ProcedureType::CallRoutine(int ct, int& status) {
@@ -543,6 +589,8 @@ void VX_ProcedureType::CallRoutine(int ct, int& status) {
     }
 }
 
+// Outputs are checked here; derivatives where they are turned into residual derivatives (see
+// HandleDerivatives and CallFn), which reads each of them once.
 int VX_ProcedureType::CheckIFailAndOutputs(int status, int ct, bool checkOutputs) {
     if (status <= 0) {
         m_lastCall = -1;
@@ -559,41 +607,12 @@ int VX_ProcedureType::CheckIFailAndOutputs(int status, int ct, bool checkOutputs
                 return Fail(VX_E_ROUTINE_NONFINITE, "the routine returned " + std::to_string(computed[j]) + " for output element " +
                                                         std::to_string(j + 1) + " (equation " + (*m_equations)[static_cast<std::size_t>(j)].Label() + ")");
             }
-        if (ct == VX_CALL_DERIVATIVES) {
-            const std::size_t nIn = static_cast<std::size_t>(m_inputElements);
-            for (std::size_t o = 0; o < m_outputVars.size(); ++o)
-                for (int i : m_variableColumns) {
-                    const double d = m_rawDerivatives[o * nIn + static_cast<std::size_t>(i)];
-                    if (std::isfinite(d)) continue;
-                    m_lastCall = -1;
-                    return Fail(VX_E_ROUTINE_NONFINITE, "the routine returned the derivative " + std::to_string(d) + " of output element " +
-                                                            std::to_string(o + 1) + " with respect to input element " + std::to_string(i + 1));
-                }
-        }
     }
     m_lastCall = ct;
     return VX_S_OK;
 }
 
 // ---------------------------------------------------------------- packing
-
-double VX_ProcedureType::ElementReal(const BoundElement& e) const {
-    switch (e.kind) {
-    case VX_VarParam::RealVariable: return static_cast<const VX_Variable*>(e.object)->fv();
-    case VX_VarParam::RealParameter: return static_cast<const VX_REALPARAMETER*>(e.object)->fv();
-    case VX_VarParam::IntegerParameter: return static_cast<const VX_INTEGERPARAMETER*>(e.object)->fv();
-    default: return 0.0;
-    }
-}
-
-int VX_ProcedureType::ElementInteger(const BoundElement& e) const {
-    if (e.kind == VX_VarParam::IntegerParameter) return static_cast<const VX_INTEGERPARAMETER*>(e.object)->fv();
-    return static_cast<const VX_LOGICALPARAMETER*>(e.object)->fv() ? 1 : 0;
-}
-
-const char* VX_ProcedureType::ElementString(const BoundElement& e) const {
-    return static_cast<const VX_STRINGPARAMETER*>(e.object)->fv();
-}
 
 void VX_ProcedureType::PackInputVars() {
     m_cursor = 0;
@@ -679,10 +698,9 @@ void VX_ProcedureType::PackRealArray(int word, int elements) {
     const BoundElement* e = m_elements.data() + m_cursor;
     bool changed = false;
     for (int i = 0; i < elements; ++i) {
-        const double value = ElementReal(e[i]);
-        if (slot[i] == value) continue;
+        const double value = e[i].slot ? **e[i].slot : ElementReal(e[i]);
+        changed |= !(slot[i] == value);   // unequal or unordered (a NaN)
         slot[i] = value;
-        changed = true;
     }
     m_cursor += static_cast<std::size_t>(elements);
     m_changed = m_changed || changed;

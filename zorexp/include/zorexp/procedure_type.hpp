@@ -223,6 +223,7 @@ protected:
 private:
     struct BoundElement {
         VX_VarParam* object;
+        double* const* slot;      // a variable's value address (see VX_Variable::ValueSlotAddress), else null
         std::uint8_t kind;        // VX_VarParam::Kind
         bool solverVariable;
     };
@@ -247,6 +248,7 @@ private:
     void WriteBack(VX_VarParam& element, const VX_Value& value);
     void CallRoutine(int ct, int& status);
     int FiniteDifferenceJacobian(double* J, int& k);
+    int RefuseDerivatives();
     void RestoreAfterPerturbation();
     int Fail(int code, const std::string& what);
     std::string Describe() const;   // "procedure PSQRT in equation ... (library ..., entry point ...)"
@@ -307,5 +309,6 @@ private:
     int m_listHandle = 0;       // the calling model's component list, for the host services
     int m_runtimeInteger = 0;   // the cell handed to the routine: the list handle
     bool m_changed = false;
+    bool m_derivativesFinite = true;   // set by HandleDerivatives(true)
     int m_lastCall = -2;
 };
