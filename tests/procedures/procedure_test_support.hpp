@@ -53,19 +53,16 @@ public:
         pattern = DeclareEquations(model, *session);
         return pattern.setUpResult;
     }
-    std::vector<double> Residuals(int expectedStatus = 0) {
-        std::vector<double> r(static_cast<std::size_t>(pattern.equations), -99.0);
-        const int end = model.Residuals(r.data(), 0, 0);
-        if (expectedStatus == 0) EXPECT_EQ(end, pattern.equations) << session->LastFailure();
-        else EXPECT_EQ(end, expectedStatus);
-        return r;
-    }
-    std::vector<double> Jacobian(int expectedStatus = 0) {
-        std::vector<double> j(static_cast<std::size_t>(pattern.nonzeros), -99.0);
-        const int end = model.Jacobian(j.data(), 0, 0);
-        if (expectedStatus == 0) EXPECT_EQ(end, pattern.nonzeros) << session->LastFailure();
-        else EXPECT_EQ(end, expectedStatus);
-        return j;
+    // The whole model's residuals or Jacobian entries (unwritten ones are -99); expectedStatus 0
+    // expects the pass to end past the model's block.
+    std::vector<double> Residuals(int expectedStatus = 0) { return Pass(false, expectedStatus); }
+    std::vector<double> Jacobian(int expectedStatus = 0) { return Pass(true, expectedStatus); }
+    std::vector<double> Pass(bool jacobian, int expectedStatus) {
+        const int size = jacobian ? pattern.nonzeros : pattern.equations;
+        std::vector<double> v(static_cast<std::size_t>(size), -99.0);
+        const int end = jacobian ? model.Jacobian(v.data(), 0, 0) : model.Residuals(v.data(), 0, 0);
+        EXPECT_EQ(end, expectedStatus == 0 ? size : expectedStatus) << session->LastFailure();
+        return v;
     }
     // Owned variables and parameters for binding; they outlive the model's procedures.
     VX_REALVARIABLE& Var(double value) {

@@ -269,6 +269,8 @@ void VX_ProcedureType::FinishBinding() {
         BindError("binding found " + std::to_string(m_variableColumns.size()) + " input elements that are solver variables, sizing " +
                   std::to_string(m_variableInputs));
     m_bound = m_bindError.empty();
+    m_variableColumnsContiguous = true;   // every input element a solver variable: no gather needed
+    for (std::size_t j = 0; j < m_variableColumns.size(); ++j) m_variableColumnsContiguous &= m_variableColumns[j] == static_cast<int>(j);
     if (m_wantDerivatives) m_residualDerivatives.assign(m_outputVars.size() * m_variableColumns.size(), 0.0);
     m_listHandle = ComponentListHandle();
 }
@@ -314,14 +316,23 @@ void VX_ProcedureType::HandleDerivatives(bool negate) {
     const double* raw = m_rawDerivatives.data();
     const int* column = m_variableColumns.data();
     double* out = m_residualDerivatives.data();
-    double probe = 0.0;   // stays 0 unless a derivative is infinite or NaN
-    for (std::size_t o = 0; o < m_outputVars.size(); ++o, raw += nIn)
-        for (std::size_t j = 0; j < nv; ++j) {
-            const double d = raw[column[j]];
-            probe += d * 0.0;
-            *out++ = -d;
+    bool bad = false;   // an infinite or NaN derivative: d - d is NaN just for those
+    for (std::size_t o = 0; o < m_outputVars.size(); ++o, raw += nIn, out += nv) {
+        if (m_variableColumnsContiguous) {
+            for (std::size_t j = 0; j < nv; ++j) {
+                const double d = raw[j];
+                bad |= d - d != 0.0;
+                out[j] = -d;
+            }
+        } else {
+            for (std::size_t j = 0; j < nv; ++j) {
+                const double d = raw[column[j]];
+                bad |= d - d != 0.0;
+                out[j] = -d;
+            }
         }
-    if (probe != 0.0) m_derivativesFinite = false;
+    }
+    if (bad) m_derivativesFinite = false;
 }
 
 void VX_ProcedureType::InitializeCStrings() {
@@ -635,13 +646,16 @@ void VX_ProcedureType::PackInputVars() {
     }
 }
 
-void VX_ProcedureType::PackVal(int arg, int value) {
-    unsigned char* slot = reinterpret_cast<unsigned char*>(m_buffer.get() + GetOffset(arg));
+void VX_ProcedureType::PackInteger(unsigned char* slot, int value) {
     int present;
     std::memcpy(&present, slot, sizeof present);
     if (present == value) return;
     std::memcpy(slot, &value, sizeof value);
     m_changed = true;
+}
+
+void VX_ProcedureType::PackVal(int arg, int value) {
+    PackInteger(reinterpret_cast<unsigned char*>(m_buffer.get() + GetOffset(arg)), value);
 }
 
 void VX_ProcedureType::PackVal(int arg, double value) {
@@ -683,14 +697,7 @@ void VX_ProcedureType::PackVarString(int arg) {
 
 void VX_ProcedureType::PackIntegerArray(int word, int elements) {
     unsigned char* slot = reinterpret_cast<unsigned char*>(m_buffer.get() + word);
-    for (int i = 0; i < elements; ++i, slot += sizeof(int)) {
-        const int value = ElementInteger(m_elements[m_cursor++]);
-        int present;
-        std::memcpy(&present, slot, sizeof present);
-        if (present == value) continue;
-        std::memcpy(slot, &value, sizeof value);
-        m_changed = true;
-    }
+    for (int i = 0; i < elements; ++i, slot += sizeof(int)) PackInteger(slot, ElementInteger(m_elements[m_cursor++]));
 }
 
 void VX_ProcedureType::PackRealArray(int word, int elements) {

@@ -215,6 +215,7 @@ protected:
     void PackRealArray(int word, int elements);
     void PackStringArray(int word, int elements);
     void PackStr(char* field, const char* text);
+    void PackInteger(unsigned char* slot, int value);   // 4 bytes, as PackVal compares them
     int GetIntegerArg(int arg) const { return m_tables.constants[arg].Integer(); }
     double GetRealArg(int arg) const { return m_tables.constants[arg].Real(); }
     const char* GetStringArg(int arg) const { return m_tables.constants[arg].String(); }
@@ -291,6 +292,7 @@ private:
     std::vector<VX_Variable*> m_outputVars;
     std::vector<int> m_variableColumns;    // per variable input element: its input element number
     std::vector<VX_Variable*> m_variableInputVars;
+    bool m_variableColumnsContiguous = false;   // m_variableColumns is 0, 1, 2, ...
     bool m_bound = false;
     std::size_t m_cursor = 0;              // next element reference while binding or packing
     std::unique_ptr<std::vector<VX_ProcedureEquationType>> m_equations;
