@@ -35,24 +35,6 @@ TEST(ProcedureSizing, OffsetsAndDimensionListsFollowTheArguments) {
     EXPECT_TRUE(proc.ByReference(2));
 }
 
-TEST(ProcedureSizing, IntegersPackFourBytesAndStringsFortyCharacters) {
-    // I, R, S, R* -> R with three constants: words 0 (int), 1 (real), 2..6 (string), 7, then y.
-    VXProc_ZXT_CONSTANTS proc(true, 0);
-    VX_REALVARIABLE x(true), y(true);
-    proc.Argument(7);
-    proc.Argument(1.5);
-    proc.Argument("ABC");
-    proc.Argument(x);
-    proc.Argument(y);
-    proc.LastArgument();
-    EXPECT_EQ(proc.GetOffset(2), 2);
-    EXPECT_EQ(proc.GetOffset(3), 7);
-    EXPECT_EQ(proc.GetOffset(4), 8);
-    EXPECT_FALSE(proc.ByReference(0));
-    EXPECT_EQ(proc.InputElements(), 4);   // constants count as input elements
-    EXPECT_EQ(proc.ReferencedInputElements(), 1);
-}
-
 TEST(ProcedureSizing, CStringArraysStartWithAPointerTable) {
     zx_test::RoutinePath path;
     ScopedSession session;
@@ -217,6 +199,22 @@ TEST_F(ProcedureTest, RepeatingTheArgumentsBindsAgain) {
     p.LastArgument();
     ASSERT_EQ(p.CallFn(VX_CALL_VALUES, true), VX_S_OK) << session->LastFailure();
     EXPECT_EQ(p.Buffer()[p.GetOffset(1)], 16.0);
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(zx_test::ProcedureTest, AModelTakesEachProcedureOnce) {
+    VX_REALVARIABLE &x = Var(3.0), &y = Var(0.0);
+    auto* p = new VXProc_ZXT_SQUARE(false, 0);
+    p->Argument(x);
+    p->Argument(y);
+    p->LastArgument();
+    EXPECT_EQ(p->CreateEquationsAndSetGroup(&model, 5, "CALL"), VX_S_OK);
+    EXPECT_EQ(p->CreateEquationsAndSetGroup(&model, 5, "CALL"), VX_E_PROCEDURE_BINDING);
+    EXPECT_EQ(model.ProcedureEquation(5, 0), p);
+    EXPECT_EQ(model.ProcedureEquation(5, 1), nullptr);   // freed once, with the model
 }
 
 }  // namespace

@@ -52,12 +52,6 @@ TEST(ProcedureCatalogue, ThreeEntryPointsServeTwoDeclarationsEach) {
                           {"RX55IF_gpisgx", {"PGIBBS_MOL_SOL", "PGIBB_MOL_SOL"}}}));
 }
 
-TEST(ProcedureCatalogue, FindsDeclarationsWithOrWithoutThePrefix) {
-    EXPECT_EQ(VX_FindProcedureDeclaration("vxproc_psqrt"), &VXProc_PSQRT::kDeclaration);
-    EXPECT_EQ(VX_FindProcedureDeclaration("PSQRT"), &VXProc_PSQRT::kDeclaration);
-    EXPECT_EQ(VX_FindProcedureDeclaration("SQRT"), nullptr);
-}
-
 // Binds a call of D's own shape (every array two elements long along each dimension) on a
 // counting instance and checks its equation and Jacobian counts.
 template <class D>

@@ -25,6 +25,8 @@ void VX_ModelType::ResetEquations() {
     m_groups.clear();
     m_currentGroup = -1;
     m_equationCount = 0;
+    // Row labels of procedure equations live in the procedures: they go with them.
+    if (!m_procs.empty()) m_rowLabels.clear();
     for (VX_ProcedureType* p : m_procs) delete p;
     m_procs.clear();
     m_procGroups.clear();

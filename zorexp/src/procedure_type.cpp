@@ -96,8 +96,12 @@ bool VX_ProcedureType::SetArg(bool byRef) {
         m_bindInputIndex = 0;
         m_bound = false;
     }
+    if (!m_constructing) {   // the layout is fixed: a repeat gives each argument as sizing did
+        if (m_tables.byReference[m_arg] != byRef)
+            BindError(ArgName(m_arg) + " was " + (byRef ? "a constant" : "a variable") + " when the call was sized");
+        return true;
+    }
     m_tables.byReference[m_arg] = byRef;
-    if (!m_constructing) return true;
     if (m_arg == m_decl->inputs) {
         m_firstOutputDim = m_dimSlot;
         m_firstOutputWord = m_words;
@@ -371,6 +375,7 @@ int VX_ProcedureType::NZAndEqnContribution(VX_ModelType* model, int group, int& 
 
 int VX_ProcedureType::CreateEquationsAndSetGroup(VX_ModelType* model, int group, const char* equationName) {
     if (!model) return Fail(VX_E_POINTER, "no model to hand the procedure to");
+    if (m_owner) return Fail(VX_E_PROCEDURE_BINDING, "its equations were already made; a model binds each call once");
     m_equationName = equationName ? equationName : "";
     if (m_constructing || m_arg != -1) LastArgument();
     m_equations->clear();
@@ -386,6 +391,7 @@ int VX_ProcedureType::CreateEquationsAndSetGroup(VX_ModelType* model, int group,
         }
     }
     model->AddProcCall(this, group);
+    m_owner = model;
     if (!m_bound) return Fail(VX_E_PROCEDURE_BINDING, m_bindError.empty() ? "not bound" : m_bindError);
     return VX_S_OK;
 }

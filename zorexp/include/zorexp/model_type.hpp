@@ -54,7 +54,8 @@ public:
     // equations of one procedure call.
     void AddToGroup(int group, int equations, int nonzeros);
     // Takes ownership of a bound procedure whose equations belong to group. Procedures are kept
-    // in the order they are added, and live until the next SetUpEquations or the object's end.
+    // in the order they are added, those of one group one after another, and live until the
+    // next SetUpEquations or the object's end.
     void AddProcCall(VX_ProcedureType* proc, int group);
     // The id-th procedure (from 0) added for group, or null: the way Residuals, Jacobian and
     // JacPattern reach the procedures of a call statement.

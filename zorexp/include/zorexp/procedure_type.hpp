@@ -297,6 +297,7 @@ private:
     std::size_t m_cursor = 0;              // next element reference while binding or packing
     std::unique_ptr<std::vector<VX_ProcedureEquationType>> m_equations;
     std::string m_equationName;
+    VX_ModelType* m_owner = nullptr;       // the model it was handed to
     std::string m_bindError;
     std::string m_failure;
 
