@@ -55,7 +55,9 @@ Flowsheet::Flowsheet() : m_session(std::make_unique<VX_Session>()) {
 }
 
 Flowsheet::~Flowsheet() {
-    // Blocks go first, while their session is current: numbered variables tell it they leave.
+    // Connections go first (they hold ports of the blocks), then the blocks, while their
+    // session is current: numbered variables tell it they leave.
+    m_connections.clear();
     for (auto it = m_blocks.rbegin(); it != m_blocks.rend(); ++it)
         if (it->model) it->model->Release();
     m_blocks.clear();
@@ -68,6 +70,7 @@ std::unique_ptr<Flowsheet> Flowsheet::Build(const FlowsheetDocument& doc, const 
         fs->m_session->DefineComponentList(list.name, list.components, list.options);
     fs->CreateBlocks(doc, create);
     fs->ApplyGlobals(doc);
+    fs->Connect(doc);
     fs->SetUp(doc);
     return fs;
 }
@@ -87,6 +90,10 @@ void Flowsheet::CreateBlocks(const FlowsheetDocument& doc, const BlockCreator& c
         }
         m_blocks.push_back(Block{spec.name, spec.type, model});
         m_blockOfTop.emplace(model, static_cast<int>(m_blocks.size() - 1));
+        m_driver.AddBlock(*model);
+        // A global declared with another type than by an earlier block is left unlinked.
+        if (const VX_Failure& f = m_session->LastFailure(); f.status == VX_E_WRONGKIND && f.operation == "GlobalLink")
+            throw InputError(PointerChild(spec.pointer, "type"), "block " + spec.name + " (" + spec.type + "): " + f.message);
         if (!spec.componentList.empty()) {
             VX_COMPONENTLISTNAME* list = model->ComponentList();
             const std::string at = PointerChild(spec.pointer, "components");
@@ -95,6 +102,42 @@ void Flowsheet::CreateBlocks(const FlowsheetDocument& doc, const BlockCreator& c
             if (list->AssignUser(VX_ATTR_VALUE, VX_Value(spec.componentList.c_str(), 0), &why) == VX_AS_REFUSED)
                 throw InputError(at, "block " + spec.name + ": component list \"" + spec.componentList + "\": " + why);
         }
+    }
+}
+
+void Flowsheet::Connect(const FlowsheetDocument& doc) {
+    // Global structures (a reaction configuration shared by the blocks) are driven like blocks.
+    for (const auto& [name, object] : m_session->Globals())
+        if (auto* structure = dynamic_cast<VX_ModelType*>(object)) m_driver.AddUnit(*structure);
+    for (const ConnectionSpec& c : doc.connections) {
+        auto port = [&](const std::string& path, const char* key) -> VX_PortType& {
+            const std::string at = PointerChild(c.pointer, key);
+            const auto dot = path.find('.');
+            if (dot == std::string::npos) throw InputError(at, "connection end \"" + path + "\" is not BLOCK.PORT");
+            const std::string blockName = path.substr(0, dot);
+            auto b = std::find_if(m_blocks.begin(), m_blocks.end(), [&](const Block& x) { return VX_EqualCI(x.name.c_str(), blockName.c_str()); });
+            if (b == m_blocks.end()) throw InputError(at, "connection end " + path + ": no block named " + blockName);
+            auto found = zorexp_cli::ResolvePath(*b->model, path.substr(dot + 1));
+            if (!found.object) throw InputError(at, "connection end " + path + ": " + found.problem);
+            if (auto* multi = dynamic_cast<VX_MULTIPORT_BaseType*>(found.object)) {
+                const std::string& other = std::string(key) == "to" ? c.from : c.to;
+                const std::string name = c.name.empty() ? other.substr(0, other.find('.')) : c.name;
+                std::string why;
+                VX_PortType* p = multi->AddConnection(name, &why);
+                if (!p) throw InputError(at, "connection " + c.from + " -> " + c.to + ": " + why);
+                return *p;
+            }
+            auto* p = dynamic_cast<VX_PortType*>(found.object);
+            if (!p) throw InputError(at, "connection end " + path + " is not a port");
+            return *p;
+        };
+        VX_PortType& from = port(c.from, "from");
+        VX_PortType& to = port(c.to, "to");
+        std::string why;
+        std::unique_ptr<VX_Connection> made(VX_Connection::Make(from, to, &why));
+        if (!made) throw InputError(c.pointer, "connection " + c.from + " -> " + c.to + ": " + why);
+        m_driver.AddConnection(*made);
+        m_connections.push_back(std::move(made));
     }
 }
 
@@ -136,15 +179,13 @@ void Flowsheet::SetUp(const FlowsheetDocument& doc) {
             it = pending.erase(it);
             progressed = true;
         }
-        unsigned long long shape = 0;
-        for (Block& block : m_blocks) {
-            block.model->SetDims();
-            const int status = block.model->ExecuteAssignments(kAssignmentLevel, VX_CTX_MODEL);
-            if (status < 0)
-                throw ModelFailure("block " + block.name + " (" + block.type + "): ExecuteAssignments failed with status " +
-                                   std::to_string(status) + " (" + VX_StatusMessage(status) + ")");
-            shape = shape * 1000003ull + ShapeFingerprint(*block.model);
+        if (m_driver.SetDims() < 0 || m_driver.ExecuteAssignments(kAssignmentLevel, VX_CTX_MODEL) < 0) {
+            const VX_ProtocolDriver::Failure& f = m_driver.LastFailure();
+            const std::string who = f.unit >= 0 ? Describe(*m_driver.Units()[static_cast<std::size_t>(f.unit)].object) : "the flowsheet";
+            throw ModelFailure(who + ": " + f.operation + " failed: " + f.message);
         }
+        unsigned long long shape = 0;
+        for (Block& block : m_blocks) shape = shape * 1000003ull + ShapeFingerprint(*block.model);
         const bool settled = havePrevious && shape == previous && !progressed;
         havePrevious = true;
         previous = shape;
@@ -166,6 +207,18 @@ int Flowsheet::BlockOf(const VX_Type& object) const {
     while (top->Owner()) top = top->Owner();
     auto it = m_blockOfTop.find(top);
     return it == m_blockOfTop.end() ? -1 : it->second;
+}
+
+std::string Flowsheet::Describe(const VX_Type& object) const {
+    if (auto* c = dynamic_cast<const VX_Connection*>(&object))
+        return "the connection " + NameOf(c->From()) + " -> " + NameOf(c->To());
+    const int b = BlockOf(object);
+    if (b < 0) return object.TypeName() + " " + object.Path();
+    const Block& block = m_blocks[static_cast<std::size_t>(b)];
+    const std::string path = object.Path();
+    std::string out = "block " + block.name + " (" + block.type + ")";
+    if (!path.empty()) out += ", " + path + " (" + object.TypeName() + ")";
+    return out;
 }
 
 std::string Flowsheet::NameOf(const VX_Type& object) const {

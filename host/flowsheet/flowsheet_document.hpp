@@ -35,10 +35,18 @@ struct BlockSpec {
     std::string pointer;
 };
 
+// A connection: an outlet port joined to an inlet port, each "BLOCK.PORT"; a multiport end
+// takes the connection's name (by default the other end's block name).
+struct ConnectionSpec {
+    std::string from, to, name;
+    std::string pointer;
+};
+
 struct FlowsheetDocument {
     std::vector<ComponentListSpec> componentLists;   // the first is the default
     std::vector<SetEntry> globals;                   // path = the global's name
     std::vector<BlockSpec> blocks;                   // in file order
+    std::vector<ConnectionSpec> connections;         // in file order
 };
 
 // Reads and checks the form of a flowsheet file's text; throws InputError.

@@ -5,9 +5,8 @@
 #include <ostream>
 
 #include "flowsheet/equation_system.hpp"
-#include "flowsheet/flowsheet.hpp"
-#include "zorexp/session.hpp"
 #include "flowsheet/flowsheet_system.hpp"
+#include "zorexp/variable.hpp"
 
 namespace zx::flowsheet {
 
@@ -36,9 +35,6 @@ zx::solve::SolveResult SolveSteadyState(const EquationSystem& system, const zx::
 void WriteFailureReport(const EquationSystem& system, const zx::solve::SolveResult& result, std::ostream& out) {
     out << "not converged: " << result.message << " (after " << result.iterations << " iterations, residual norm "
         << result.residual_norm << ")\n";
-    // A procedure call that failed on the way (its routine, library or arguments) says why.
-    if (const std::string& why = system.Sheet().Session().LastFailure(); !why.empty())
-        out << "  last procedure failure: " << why << "\n";
     if (result.singular_column >= 0 && result.singular_column < static_cast<int>(system.Unknowns().size()))
         out << "  zero pivot at unknown " << system.VariableName(*system.Unknowns()[static_cast<std::size_t>(result.singular_column)])
             << "\n";

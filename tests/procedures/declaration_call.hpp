@@ -84,7 +84,7 @@ public:
     // Analytic derivatives against central differences of the outputs, variable by variable.
     void ExpectDerivativesAgree(double tolerance = 1e-6) {
         const auto analytic = Derivatives();
-        ASSERT_GE(last, 0) << session->LastFailure();
+        ASSERT_GE(last, 0) << session->LastFailure().message;
         for (std::size_t j = 0; j < m_variables.size(); ++j) {
             VX_REALVARIABLE& v = *m_variables[j];
             const double x = v.fv(), h = 1e-6 * std::max(1.0, std::fabs(x));
@@ -125,17 +125,17 @@ private:
 template <class D>
 std::vector<double> Call(std::vector<In> inputs, std::vector<std::vector<int>> outputs = {{}}, std::vector<std::string> components = {}) {
     DeclarationCall<D> c(std::move(inputs), std::move(outputs), std::move(components));
-    EXPECT_GE(c.status, 0) << c.session->LastFailure();
+    EXPECT_GE(c.status, 0) << c.session->LastFailure().message;
     auto f = c.Outputs();
-    EXPECT_GE(c.last, 0) << c.session->LastFailure();
+    EXPECT_GE(c.last, 0) << c.session->LastFailure().message;
     return f;
 }
 template <class D>
 std::string Refusal(std::vector<In> inputs, int status = VX_E_ROUTINE_FAILED, std::vector<std::string> components = {}) {
     DeclarationCall<D> c(std::move(inputs), {{}}, std::move(components));
     c.Outputs();
-    EXPECT_EQ(c.last, status) << c.session->LastFailure();
-    return c.session->LastFailure();
+    EXPECT_EQ(c.last, status) << c.session->LastFailure().message;
+    return c.session->LastFailure().message;
 }
 template <class D>
 void DerivativesAgree(std::vector<In> inputs, std::vector<std::vector<int>> outputs = {{}}, std::vector<std::string> components = {}) {

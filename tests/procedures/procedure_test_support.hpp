@@ -61,7 +61,7 @@ public:
         const int size = jacobian ? pattern.nonzeros : pattern.equations;
         std::vector<double> v(static_cast<std::size_t>(size), -99.0);
         const int end = jacobian ? model.Jacobian(v.data(), 0, 0) : model.Residuals(v.data(), 0, 0);
-        EXPECT_EQ(end, expectedStatus == 0 ? size : expectedStatus) << session->LastFailure();
+        EXPECT_EQ(end, expectedStatus == 0 ? size : expectedStatus) << session->LastFailure().message;
         return v;
     }
     // Owned variables and parameters for binding; they outlive the model's procedures.

@@ -58,7 +58,7 @@ TEST(ProcedureSizing, CStringArraysStartWithAPointerTable) {
     // Offsets from 0: the scalar string 0..4, the table of three pointers 5..7, strings 8..22.
     EXPECT_EQ(*proc.GetOffsets(1), 5);
     EXPECT_EQ(*proc.GetOffsets(2), 5 + 3 + 15);
-    EXPECT_EQ(proc.CallFn(VX_CALL_VALUES, true), VX_S_OK) << session->LastFailure();
+    EXPECT_EQ(proc.CallFn(VX_CALL_VALUES, true), VX_S_OK) << session->LastFailure().message;
     // The routine checked the table and the NUL ends: 6 + 2 + 0 + 39 characters, 3 strings, 4.
     EXPECT_EQ(proc.Buffer()[proc.GetOffset(3)], 47 + 3000 + 4);
     const char* const* table = reinterpret_cast<const char* const*>(proc.Buffer() + 5);
@@ -82,7 +82,7 @@ TEST_F(ProcedureTest, EquationsAreNamedByOutputArgumentAndElement) {
         for (auto* e : y2) p->Element(*e);
         return p;
     });
-    ASSERT_EQ(Declare(), 6) << session->LastFailure();
+    ASSERT_EQ(Declare(), 6) << session->LastFailure().message;
     // Rows: VX_Eqn1, [1], [2_1], [2_2], [2_3], VX_Eqn3.
     const char* expected[] = {"VX_Eqn1", "[1]", "[2_1]", "[2_2]", "[2_3]", "VX_Eqn3"};
     for (int k = 0; k < 6; ++k) EXPECT_STREQ(model.RowLabel(k), expected[k]) << k;
@@ -163,8 +163,8 @@ TEST_F(ProcedureTest, ArgumentSequencesThatDoNotMatchAreRefused) {
             return p;
         });
         EXPECT_EQ(Declare(), VX_E_PROCEDURE_BINDING) << c.what;
-        EXPECT_NE(session->LastFailure().find(c.says), std::string::npos) << c.what << ": " << session->LastFailure();
-        EXPECT_NE(session->LastFailure().find("procedure ZXT_SQUARE"), std::string::npos) << c.what;
+        EXPECT_NE(session->LastFailure().message.find(c.says), std::string::npos) << c.what << ": " << session->LastFailure().message;
+        EXPECT_NE(session->LastFailure().message.find("procedure ZXT_SQUARE"), std::string::npos) << c.what;
     }
 }
 
@@ -183,8 +183,8 @@ TEST_F(ProcedureTest, ArrayElementCountsMustMatchTheirSizes) {
         return p;
     });
     EXPECT_EQ(Declare(), VX_E_PROCEDURE_BINDING);
-    EXPECT_NE(session->LastFailure().find("input 2: 1 elements given, its dimension sizes make 2"), std::string::npos)
-        << session->LastFailure();
+    EXPECT_NE(session->LastFailure().message.find("input 2: 1 elements given, its dimension sizes make 2"), std::string::npos)
+        << session->LastFailure().message;
 }
 
 // The kept instance may also be bound by repeating the argument sequence after LastArgument.
@@ -197,15 +197,11 @@ TEST_F(ProcedureTest, RepeatingTheArgumentsBindsAgain) {
     p.Argument(other);
     p.Argument(y);
     p.LastArgument();
-    ASSERT_EQ(p.CallFn(VX_CALL_VALUES, true), VX_S_OK) << session->LastFailure();
+    ASSERT_EQ(p.CallFn(VX_CALL_VALUES, true), VX_S_OK) << session->LastFailure().message;
     EXPECT_EQ(p.Buffer()[p.GetOffset(1)], 16.0);
 }
 
-}  // namespace
-
-namespace {
-
-TEST_F(zx_test::ProcedureTest, AModelTakesEachProcedureOnce) {
+TEST_F(ProcedureTest, AModelTakesEachProcedureOnce) {
     VX_REALVARIABLE &x = Var(3.0), &y = Var(0.0);
     auto* p = new VXProc_ZXT_SQUARE(false, 0);
     p->Argument(x);

@@ -40,7 +40,7 @@ TEST_F(SquareCall, OneCallServesTheResidualAndTheJacobianPass) {
     for (bool s : {false, true}) {
         sparse = s;
         zx_test::ResetRoutines();
-        ASSERT_EQ(Declare(), 3) << session->LastFailure();
+        ASSERT_EQ(Declare(), 3) << session->LastFailure().message;
         EXPECT_EQ(Residuals(), (std::vector<double>{0.0, 1.0, 0.0})) << "sparse " << s;
         EXPECT_EQ(Jacobian(), (std::vector<double>{1.0, 1.0, -6.0, 1.0})) << "sparse " << s;
         EXPECT_EQ(Calls(), 1) << "sparse " << s;
@@ -104,7 +104,7 @@ TEST_F(SquareCall, AFailingRoutineKeepsTheRowsAndPassesItsStatusUp) {
     int k = 1;
     EXPECT_EQ(Proc().Residuals(r.data(), k), VX_E_ROUTINE_FAILED);
     EXPECT_EQ(k, 2);   // advanced past its outputs
-    const std::string& why = session->LastFailure();
+    const std::string& why = session->LastFailure().message;
     EXPECT_NE(why.find("procedure ZXT_SQUARE in equation CALL (library \"ZxTestRoutines\", entry point \"ZXT_square\")"),
               std::string::npos) << why;
     EXPECT_NE(why.find("status 0: ZXT_square: told to fail"), std::string::npos) << why;
@@ -117,7 +117,7 @@ TEST_F(SquareCall, AFailingRoutineKeepsTheRowsAndPassesItsStatusUp) {
     // A routine that fails without a word still gives its status.
     zx_test::SetFailure(4);
     Residuals(VX_E_ROUTINE_FAILED);
-    EXPECT_NE(session->LastFailure().find("status -7"), std::string::npos) << session->LastFailure();
+    EXPECT_NE(session->LastFailure().message.find("status -7"), std::string::npos) << session->LastFailure().message;
     // Once it works again, the same inputs are tried again: a failure is never kept as a result.
     zx_test::SetFailure(0);
     EXPECT_EQ(Residuals()[1], 1.0);
@@ -127,13 +127,13 @@ TEST_F(SquareCall, NonFiniteOutputsAndDerivativesAreRefused) {
     ASSERT_EQ(Declare(), 3);
     zx_test::SetFailure(2);
     Residuals(VX_E_ROUTINE_NONFINITE);
-    EXPECT_NE(session->LastFailure().find("returned nan for output element 1 (equation [1])"), std::string::npos)
-        << session->LastFailure();
+    EXPECT_NE(session->LastFailure().message.find("returned nan for output element 1 (equation [1])"), std::string::npos)
+        << session->LastFailure().message;
     zx_test::SetFailure(3);
     Residuals(VX_E_ROUTINE_NONFINITE);   // the residual pass asks for derivatives too
-    EXPECT_NE(session->LastFailure().find("derivative inf of output element 1 with respect to input element 1"), std::string::npos)
-        << session->LastFailure();
-    EXPECT_NE(session->LastFailure().find("procedure ZXT_SQUARE"), std::string::npos);
+    EXPECT_NE(session->LastFailure().message.find("derivative inf of output element 1 with respect to input element 1"), std::string::npos)
+        << session->LastFailure().message;
+    EXPECT_NE(session->LastFailure().message.find("procedure ZXT_SQUARE"), std::string::npos);
     std::vector<double> j(4, 0.0);
     EXPECT_EQ(model.Jacobian(j.data(), 0, 0), VX_E_ROUTINE_NONFINITE);
     for (double v : j) EXPECT_TRUE(std::isfinite(v));

@@ -126,7 +126,7 @@ TEST_F(CliffByDifferences, AFailedPerturbationLeavesItsColumnAndKeepsTheFirstFai
     EXPECT_EQ(j[1], 1.0);
     EXPECT_EQ(j[2], -99.0);   // x1's column is not written
     EXPECT_EQ(j[3], -((1.0 + 1e-6) - 1.0) / 1e-6);
-    EXPECT_NE(session->LastFailure().find("input below -0.5"), std::string::npos) << session->LastFailure();
+    EXPECT_NE(session->LastFailure().message.find("input below -0.5"), std::string::npos) << session->LastFailure().message;
     EXPECT_EQ(x1.fv(), -0.5);
 }
 

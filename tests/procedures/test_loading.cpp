@@ -28,7 +28,7 @@ protected:
         std::vector<double> r(3, 0.0);
         return model.Residuals(r.data(), 0, 0);
     }
-    bool Says(const std::string& text) { return session->LastFailure().find(text) != std::string::npos; }
+    bool Says(const std::string& text) { return session->LastFailure().message.find(text) != std::string::npos; }
 
     VX_REALVARIABLE& x = Var(2.0);
     VX_REALVARIABLE& y = Var(0.0);
@@ -38,24 +38,24 @@ TEST_F(LoadingTest, AMissingLibraryNamesEveryDirectorySearched) {
     EXPECT_EQ(Evaluate<VXProc_ZXT_MISSING_LIBRARY>(), VX_E_ROUTINE_LIBRARY_MISSING);
     const std::string own = VX_OwnRoutineDirectory();
     EXPECT_TRUE(Says("procedure ZXT_MISSING_LIBRARY in equation CALL (library \"ZxNoSuchLibrary\", entry point \"ZXT_square\")"))
-        << session->LastFailure();
-    EXPECT_TRUE(Says("libZxNoSuchLibrary.so not found; searched: " ZX_TEST_ROUTINE_DIR ", " + own)) << session->LastFailure();
-    EXPECT_EQ(session->LastFailure().find('\n'), std::string::npos);
+        << session->LastFailure().message;
+    EXPECT_TRUE(Says("libZxNoSuchLibrary.so not found; searched: " ZX_TEST_ROUTINE_DIR ", " + own)) << session->LastFailure().message;
+    EXPECT_EQ(session->LastFailure().message.find('\n'), std::string::npos);
 }
 
 TEST_F(LoadingTest, ALibraryWithoutItsInterfaceIsRefused) {
     EXPECT_EQ(Evaluate<VXProc_ZXT_NO_INTERFACE>(), VX_E_ROUTINE_LIBRARY_REFUSED);
-    EXPECT_TRUE(Says("libZxNoInterface.so does not export zorexp_routine_interface; searched: ")) << session->LastFailure();
+    EXPECT_TRUE(Says("libZxNoInterface.so does not export zorexp_routine_interface; searched: ")) << session->LastFailure().message;
 }
 
 TEST_F(LoadingTest, ALibraryWithTooOldAnInterfaceIsRefused) {
     EXPECT_EQ(Evaluate<VXProc_ZXT_TOO_OLD>(), VX_E_ROUTINE_LIBRARY_REFUSED);
-    EXPECT_TRUE(Says("libZxDenseOnly.so reports routine interface 2, the declaration needs 4")) << session->LastFailure();
+    EXPECT_TRUE(Says("libZxDenseOnly.so reports routine interface 2, the declaration needs 4")) << session->LastFailure().message;
 }
 
 TEST_F(LoadingTest, AMissingEntryPointIsNamed) {
     EXPECT_EQ(Evaluate<VXProc_ZXT_MISSING_ENTRY>(), VX_E_ROUTINE_ENTRY_MISSING);
-    EXPECT_TRUE(Says("libZxTestRoutines.so has no entry point \"ZXT_nowhere\"; searched: ")) << session->LastFailure();
+    EXPECT_TRUE(Says("libZxTestRoutines.so has no entry point \"ZXT_nowhere\"; searched: ")) << session->LastFailure().message;
 }
 
 TEST_F(LoadingTest, BothSpellingsReachOneLibraryLoadedOnce) {
@@ -80,8 +80,8 @@ TEST_F(LoadingTest, TheCurrentDirectoryIsNeverSearched) {
     {
         zx_test::RoutinePath relative(".::relative:" ZX_TEST_ROUTINE_DIR);
         EXPECT_EQ(Evaluate<VXProc_ZXT_CWD_ONLY>(), VX_E_ROUTINE_LIBRARY_MISSING);
-        EXPECT_TRUE(Says("searched: " ZX_TEST_ROUTINE_DIR ", ")) << session->LastFailure();
-        EXPECT_TRUE(Says("(ignored ZOREXP_ROUTINE_PATH entries, not absolute: \".\", \"\", \"relative\")")) << session->LastFailure();
+        EXPECT_TRUE(Says("searched: " ZX_TEST_ROUTINE_DIR ", ")) << session->LastFailure().message;
+        EXPECT_TRUE(Says("(ignored ZOREXP_ROUTINE_PATH entries, not absolute: \".\", \"\", \"relative\")")) << session->LastFailure().message;
     }
     fs::current_path(before);
     fs::remove_all(dir);

@@ -61,9 +61,9 @@ TEST(ProcedureFlowsheet, AnUnreachableRoutineIsReportedInOneLine) {
     zx_test::RoutinePath path;
     std::string out, err;
     EXPECT_NE(Solve("SQUARE_MISSING", out, err), 0);
-    const std::string expected = "  last procedure failure: procedure ZXT_MISSING_LIBRARY in equation CALL (library \"ZxNoSuchLibrary\", "
-                                 "entry point \"ZXT_square\"): libZxNoSuchLibrary.so not found; searched: " ZX_TEST_ROUTINE_DIR ", " +
-                                 VX_OwnRoutineDirectory() + "\n";
+    const std::string expected = "block S (SQUARE_MISSING): Residuals failed: procedure ZXT_MISSING_LIBRARY in equation CALL "
+                                 "(library \"ZxNoSuchLibrary\", entry point \"ZXT_square\"): libZxNoSuchLibrary.so not found; "
+                                 "searched: " ZX_TEST_ROUTINE_DIR ", " + VX_OwnRoutineDirectory() + ";";
     EXPECT_NE(err.find(expected), std::string::npos) << err;
 }
 

@@ -108,8 +108,10 @@ int VX_ModelType::AddEquation(const char* label, VX_EquationType** types) {
 }
 
 int VX_ModelType::AddEquation(VX_EquationType* type, const char* label, VX_EquationType** types) {
-    const int row = VX_Session::Current().NextRow();
+    VX_Session& s = VX_Session::Current();
+    const int row = s.NextRow();
     if (types) types[row] = type;
+    label = s.InternLabel(label);
     if (!m_rowLabels.empty() && m_rowLabels.back().first == label) ++m_rowLabels.back().second;
     else m_rowLabels.emplace_back(label, 1);
     return row;
@@ -139,12 +141,20 @@ int VX_ModelType::MaxGroupNo() const {
     return m;
 }
 
+// Every real variable and real parameter in an equation is a Jacobian entry: parameters get a
+// column too (their derivatives are sensitivities); the host makes only free variables unknowns.
 void VX_ModelType::RecordVariableTerm(VX_Type& term, int*& rows, int*& cols, int eqn) {
     VX_Session& s = VX_Session::Current();
     s.Record(eqn, -1);
-    if (!term.IsSolverVariable()) return;   // parameters are terms but not Jacobian entries
+    auto* vp = dynamic_cast<VX_VarParam*>(&term);
+    if (!vp || !vp->RealSlot()) return;
     *rows++ = eqn;
-    *cols++ = s.ColumnOf(static_cast<VX_Variable&>(term));
+    *cols++ = s.ColumnOf(*vp);
+}
+
+int VX_ReportFailure(const VX_Type& model, const char* operation, const char* message) {
+    VX_Session::Current().ReportFailure(VX_E_MODEL, &model, operation ? operation : "", message ? message : "");
+    return VX_E_MODEL;
 }
 
 VX_HRESULT VX_ModelTypeEx::QueryInterface(const VX_GUID& iid, void** out) {
@@ -163,4 +173,34 @@ VX_HRESULT VX_ModelTypeEx2::QueryInterface(const VX_GUID& iid, void** out) {
         return VX_S_OK;
     }
     return VX_ModelTypeEx::QueryInterface(iid, out);
+}
+
+VX_HRESULT VX_PortType::Connect(VX_PortType* other) {
+    if (!other || other == this) return VX_E_INVALIDARG;
+    if (m_partner || other->m_partner) return VX_E_FAIL;
+    m_partner = other;
+    other->m_partner = this;
+    MarkConnected(true);
+    other->MarkConnected(true);
+    return VX_S_OK;
+}
+
+VX_HRESULT VX_PortType::Disconnect() {
+    if (!m_partner) return VX_S_FALSE;
+    VX_PortType* other = m_partner;
+    m_partner = nullptr;
+    other->m_partner = nullptr;
+    MarkConnected(false);
+    other->MarkConnected(false);
+    return VX_S_OK;
+}
+
+int VX_PortType::PortDirection() const {
+    const VX_Type* owner = Owner();
+    if (auto* c = dynamic_cast<const VX_Container*>(owner)) {
+        const auto& props = c->Properties();
+        const int slot = SlotInOwner();
+        return slot >= 0 && slot < static_cast<int>(props.size()) ? props[static_cast<std::size_t>(slot)].flags & 12 : 0;
+    }
+    return owner ? owner->Direction() & 12 : 0;
 }

@@ -500,10 +500,7 @@ int VX_ProcedureType::FiniteDifferenceJacobian(double* J, int& k) {
     for (std::size_t o = 0; o < nOut; ++o) J[k + static_cast<int>(o * width)] = 1.0;
     k += static_cast<int>(nOut * width);
     RestoreAfterPerturbation();
-    if (result < 0) {
-        m_failure = firstFailure;
-        VX_Session::Current().SetLastFailure(firstFailure);
-    }
+    if (result < 0) Fail(result, firstFailure, false);
     return result;
 }
 
@@ -810,8 +807,13 @@ std::string VX_ProcedureType::Describe() const {
     return text + " (library \"" + DLLName() + "\", entry point \"" + ProcedureName() + "\")";
 }
 
-int VX_ProcedureType::Fail(int code, const std::string& what) {
-    m_failure = Describe() + ": " + what;
-    VX_Session::Current().SetLastFailure(m_failure);
+int VX_ProcedureType::Fail(int code, const std::string& what, bool describe) noexcept {
+    // A failure on the evaluation path must not throw: without memory the text is lost, the
+    // status is not.
+    try {
+        m_failure = describe ? Describe() + ": " + what : what;
+        VX_Session::Current().ReportFailure(code, m_owner, "procedure call", m_failure);
+    } catch (...) {
+    }
     return code;
 }

@@ -6,6 +6,10 @@
 
 const char* VX_RealVariableContainerId() { return "Variable REALVARIABLE\tV7.0"; }
 const char* VX_MatrixContainerId() { return "Matrix VX_Matrix\tV7.0"; }
+const char* VX_IntegerParameterContainerId() { return "Parameter INTEGERPARAMETER\tV7.0"; }
+const char* VX_RealParameterContainerId() { return "Parameter REALPARAMETER\tV7.0"; }
+const char* VX_StringParameterContainerId() { return "Parameter STRINGPARAMETER\tV7.0"; }
+const char* VX_LogicalParameterContainerId() { return "Parameter LOGICALPARAMETER\tV7.0"; }
 
 VX_Type* VX_GlobalBase::AddProperty(VX_GlobalBase* member, VX_Type* owner, const char* name,
                                     const char* description, int flags, int reserved) {

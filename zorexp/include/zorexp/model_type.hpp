@@ -66,7 +66,8 @@ public:
     void AddEqnsInGroup(int group, int& index) const;
     void AddNZsandProcsInGroup(int group, int& index) const;
 
-    // --- pattern (JacPattern): starts one equation row and returns its row index.
+    // --- pattern (JacPattern): starts one equation row and returns its row index. The label is
+    // copied: the runtime keeps it.
     int AddEquation(const char* label, VX_EquationType** types);
     int AddEquation(VX_EquationType* type, const char* label, VX_EquationType** types);
     VX_HRESULT AddConditional(int) { return VX_E_NOTIMPL; }
@@ -113,6 +114,10 @@ private:
     std::vector<VX_ProcedureType*> m_procs;
     std::vector<std::pair<int, int>> m_procGroups;
 };
+
+// Reports that an operation of a model failed, with a message naming what (kept by the current
+// session for the host), and returns the status the operation must return (VX_E_MODEL).
+int VX_ReportFailure(const VX_Type& model, const char* operation, const char* message);
 
 // Expression interface: the runtime keeps an expression form of each equation, fed by
 // JacPattern. Declared in its slot order.
@@ -238,15 +243,28 @@ protected:
 class VX_PortType : public VX_ModelType {
 public:
     bool IsAPort() const override { return true; }
-    // Connection bookkeeping is the host's: this runtime does not join ports yet.
-    VX_HRESULT Connect(VX_PortType*) { return VX_E_NOTIMPL; }
-    VX_HRESULT Disconnect() { return VX_E_NOTIMPL; }
+    // Joins this port to another (VX_Connection makes the equations that tie their variables):
+    // both are marked connected. Refused when either is connected already.
+    VX_HRESULT Connect(VX_PortType* other);
+    VX_HRESULT Disconnect();
     VX_HRESULT RegisterNotifier(void*) { return VX_E_NOTIMPL; }
+    VX_PortType* Partner() const { return m_partner; }
+    // 4 for an inlet, 8 for an outlet, 12 for a port that may be either, 0 when its owner did not
+    // say (the registration flags of the property that holds it, or its multiport's direction).
+    int PortDirection() const;
 
 protected:
     VX_PortType() = default;
     VX_PortType(const VX_PortType& o) : VX_ModelType(o) {}
     VX_PortType& operator=(const VX_PortType& o) { VX_ModelType::operator=(o); return *this; }
+    ~VX_PortType() override {
+        if (m_partner) m_partner->m_partner = nullptr;
+    }
+    // Sets the port's connection flag (the base-type library's generic port keeps it).
+    virtual void MarkConnected(bool) {}
+
+private:
+    VX_PortType* m_partner = nullptr;   // never copied: connections belong to the original
 };
 
 class VX_PortTypeEx : public VX_WithExpressions<VX_PortType> {

@@ -19,7 +19,7 @@
 //      VX_ModelType::ProcedureEquation(group, id) and call JacPattern, Residuals and Jacobian.
 // Mistakes in the argument sequence never write outside the procedure's tables: they are kept
 // and reported by NZAndEqnContribution / CreateEquationsAndSetGroup as VX_E_PROCEDURE_BINDING,
-// with the session's failure text saying what was wrong.
+// with the text the session's status channel keeps saying what was wrong.
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -151,7 +151,7 @@ public:
     // in messages. Returns VX_S_OK, or VX_E_PROCEDURE_BINDING when the arguments did not match.
     int CreateEquationsAndSetGroup(VX_ModelType* model, int group, const char* equationName);
 
-    // --- evaluation; every result below 0 is a failure whose text is the session's LastFailure()
+    // --- evaluation; every result below 0 is a failure, reported to the session with its text
     // One row per equation and its pattern entries: the output variable's column, then the
     // columns of the input elements that are solver variables. Returns the entries written.
     int JacPattern(VX_ModelType* model, int*& rows, int*& cols, VX_EquationType** types);
@@ -185,7 +185,7 @@ public:
     const int* GetOffsets(int arg) const { return m_tables.offsets + arg; }
     bool ByReference(int arg) const { return m_tables.byReference[arg]; }
     VX_VarParam* OutputVar(int element) const;
-    // Text of the last failure of this procedure (also left in the session).
+    // Text of the last failure of this procedure (also reported to the session).
     const std::string& FailureText() const { return m_failure; }
 
 protected:
@@ -251,7 +251,9 @@ private:
     int FiniteDifferenceJacobian(double* J, int& k);
     int RefuseDerivatives();
     void RestoreAfterPerturbation();
-    int Fail(int code, const std::string& what);
+    // Keeps "procedure NAME ... : what" (or what alone, already so made) as this procedure's and
+    // the session's failure text; returns code.
+    int Fail(int code, const std::string& what, bool describe = true) noexcept;
     std::string Describe() const;   // "procedure PSQRT in equation ... (library ..., entry point ...)"
     int ComponentListHandle() const;
 

@@ -72,8 +72,6 @@ public:
     // address itself moves when an array re-seats its values: readers that keep it across
     // evaluations (procedure packing) read the value as **ValueSlotAddress().
     double* const* ValueSlotAddress() const { return &m_slot; }
-    int Column() const { return m_column; }
-    void SetColumn(int c) { m_column = c; }
 
 protected:
     VX_Variable() : VX_VarParam(RealVariable) {}

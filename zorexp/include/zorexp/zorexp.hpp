@@ -2,9 +2,13 @@
 // The modelling runtime, whole.
 #include "zorexp/arrays.hpp"
 #include "zorexp/component_list.hpp"
+#include "zorexp/connection.hpp"
 #include "zorexp/container.hpp"
 #include "zorexp/model_type.hpp"
+#include "zorexp/multiport.hpp"
 #include "zorexp/parameters.hpp"
+#include "zorexp/property_paths.hpp"
+#include "zorexp/protocol_driver.hpp"
 #include "zorexp/references.hpp"
 #include "zorexp/runtime_defaults.hpp"
 #include "zorexp/session.hpp"

@@ -1,11 +1,12 @@
-#include "paths/property_paths.hpp"
+#include "zorexp/property_paths.hpp"
 
 #include <charconv>
 #include <vector>
 
-#include "zorexp/zorexp.hpp"
+#include "zorexp/arrays.hpp"
+#include "zorexp/references.hpp"
+#include "zorexp/text.hpp"
 
-namespace zorexp_cli {
 namespace {
 
 std::string_view Trim(std::string_view s) {
@@ -90,7 +91,7 @@ VX_Type* FindElement(VX_Matrix& array, const std::vector<std::string_view>& indi
 
 }  // namespace
 
-PathResolution ResolvePath(VX_Type& root, std::string_view path) {
+VX_PathResolution VX_ResolvePath(VX_Type& root, std::string_view path) {
     VX_Type* current = &root;
     std::string walked;
     if (Trim(path).empty()) return {nullptr, "empty property path"};
@@ -123,5 +124,3 @@ PathResolution ResolvePath(VX_Type& root, std::string_view path) {
     }
     return {current, {}};
 }
-
-}  // namespace zorexp_cli
