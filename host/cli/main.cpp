@@ -10,6 +10,7 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 
+#include "components_command.hpp"
 #include "describe.hpp"
 #include "errors.hpp"
 #include "flowsheet/flowsheet_commands.hpp"
@@ -90,11 +91,16 @@ int main(int argc, char** argv) {
     auto* check = app.add_subcommand("check-jacobian", "Compare the analytic Jacobian with finite differences.");
     check->add_option("FLOWSHEET", checkOptions.file, "Flowsheet file (JSON).")->required();
 
+    std::string componentId;
+    auto* components = app.add_subcommand("components", "List the component database, or one component with every value, unit and source.");
+    components->add_option("ID", componentId, "Component id or alias (any case).");
+    components->add_flag("--json", json, "Print JSON.");
+
     if (argc > 1 && argv[1][0] != '-') {
         bool known = false;
-        for (auto* sub : {types, describe, procedures, solve, analyse, check}) known = known || sub->check_name(argv[1]);
+        for (auto* sub : {types, describe, procedures, solve, analyse, check, components}) known = known || sub->check_name(argv[1]);
         if (!known) {
-            std::fprintf(stderr, "zorexp: unknown command \"%s\" (the commands are types, describe, procedures, solve, analyse and check-jacobian)\n", argv[1]);
+            std::fprintf(stderr, "zorexp: unknown command \"%s\" (the commands are types, describe, procedures, solve, analyse, check-jacobian and components)\n", argv[1]);
             return kExitBadInput;
         }
     }
@@ -129,6 +135,8 @@ int main(int argc, char** argv) {
             const bool single = !procedureName.empty();
             const auto listing = ListProcedures(procedureName);
             Print(json ? ProceduresJson(listing, single).dump(2) + "\n" : ProceduresText(listing, single));
+        } else if (components->parsed()) {
+            Print(ComponentsReport(componentId, json));
         } else {
             const DescribeResult result = Describe(args.type, MakeRequest(args));
             std::visit([&](const auto& report) { Emit(report, json); }, result);

@@ -134,7 +134,8 @@ void Flowsheet::Connect(const FlowsheetDocument& doc) {
         VX_PortType& from = port(c.from, "from");
         VX_PortType& to = port(c.to, "to");
         std::string why;
-        std::unique_ptr<VX_Connection> made(VX_Connection::Make(from, to, &why));
+        std::unique_ptr<VX_Connection> made(
+            VX_Connection::Make(from, to, &why, [this](const VX_Type& port) { return NameOf(port); }));
         if (!made) throw InputError(c.pointer, "connection " + c.from + " -> " + c.to + ": " + why);
         m_driver.AddConnection(*made);
         m_connections.push_back(std::move(made));

@@ -159,7 +159,8 @@ void NewtonRun::finish(SolveStatus status, std::string detail) {
     res_.status = status;
     res_.message = status_text(status);
     if (!detail.empty()) res_.message += ": " + detail;
-    if (status == SolveStatus::Converged || res_.residual_evaluations == 0 ||
+    // After a model failure the residuals at hand say nothing about it.
+    if (status == SolveStatus::Converged || status == SolveStatus::ModelFailure || res_.residual_evaluations == 0 ||
         opt_.report_residuals <= 0) {
         return;
     }

@@ -10,4 +10,4 @@ const zorexp_host_services* g_services = nullptr;
 ZX_ROUTINE int zorexp_routine_interface(void) { return ZX_ROUTINE_INTERFACE; }
 ZX_ROUTINE void zorexp_routine_attach(const zorexp_host_services* services) { g_services = services; }
 
-const zorexp_host_services* zx::routines::Services() { return g_services; }
+const zorexp_host_services* zx::routine_support::Services() { return g_services; }

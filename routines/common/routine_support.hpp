@@ -11,7 +11,7 @@
 
 #define ZX_ROUTINE extern "C" __attribute__((visibility("default")))
 
-namespace zx::routines {
+namespace zx::routine_support {
 
 // The runtime's services; null when the library was loaded without them.
 const zorexp_host_services* Services();
@@ -88,14 +88,14 @@ private:
     int m_callType;
 };
 
-}  // namespace zx::routines
+}  // namespace zx::routine_support
 
-// The exported dense routine ENTRY, calling void BODY(zx::routines::Call&).
+// The exported dense routine ENTRY, calling void BODY(zx::routine_support::Call&).
 #define ZX_DENSE_ROUTINE(ENTRY, BODY)                                                                              \
     ZX_ROUTINE void ENTRY(double* inputs, int* inputDims, double*, int* outputDims, int* inputOffsets,             \
                           int* outputOffsets, int* status, int* list, double*, int*, double* derivatives,          \
                           int* outputElements, int* inputElements, int* callType) {                                \
-        zx::routines::Call call(#ENTRY, inputs, inputDims, outputDims, inputOffsets, outputOffsets, status, *list,  \
+        zx::routine_support::Call call(#ENTRY, inputs, inputDims, outputDims, inputOffsets, outputOffsets, status, *list,  \
                                 derivatives, *outputElements, *inputElements, *callType);                          \
         BODY(call);                                                                                                \
     }
@@ -108,7 +108,7 @@ private:
                           int* outputOffsets, int* list, double*, int*, int* entries, int* rows, int* columns, int*, \
                           double* derivatives, int* status) {                                                       \
         const int last = *entries - 1;                                                                             \
-        zx::routines::Call call(#ENTRY, inputs, inputDims, outputDims, inputOffsets, outputOffsets, status, *list,  \
+        zx::routine_support::Call call(#ENTRY, inputs, inputDims, outputDims, inputOffsets, outputOffsets, status, *list,  \
                                 derivatives, last >= 0 ? rows[last] : 0, last >= 0 ? columns[last] : 0, *callType); \
         BODY(call);                                                                                                \
     }

@@ -9,8 +9,8 @@
 
 namespace {
 
-using zx::routines::Call;
-using zx::routines::Number;
+using zx::routine_support::Call;
+using zx::routine_support::Number;
 
 // PDIVIDE: y = a / b.
 void Divide(Call& c) {
@@ -163,7 +163,7 @@ void LogMeanTemperatureDifference(Call& c) {
 
 // PSOLMODE: what the simulator is solving (steady state 0, initialisation 1, dynamic 2).
 void SolutionMode(Call& c) {
-    const zorexp_host_services* s = zx::routines::Services();
+    const zorexp_host_services* s = zx::routine_support::Services();
     c.Out(0) = s && s->version >= 2 ? s->solution_mode() : ZOREXP_SOLUTION_STEADY_STATE;
 }
 

@@ -7,8 +7,8 @@
 
 namespace {
 
-using zx::routines::Call;
-using zx::routines::Number;
+using zx::routine_support::Call;
+using zx::routine_support::Number;
 
 // PSQRT: y = sqrt(x). At x = 0 the derivative is infinite, which the runtime refuses.
 void SquareRoot(Call& c) {

@@ -6,7 +6,7 @@
 
 namespace {
 
-// The utility routines this project ships; every other declaration's library is not here.
+// The utility routines this project ships (the property routines come with the property package).
 const std::set<std::string> kShipped = {"PSQRT", "PPOW", "PDIVIDE", "PLIMIT", "PLIMIT_ABS", "PMIN", "PRAMP",
                                         "PMINRAMP", "PMINRAMPA", "PCOPY1", "PCOPYZ", "PPROD", "PPROD1", "PMULT2D",
                                         "PINT", "PDBAND", "PLMTD", "PGAUSS", "PSOLMODE"};
@@ -26,7 +26,8 @@ TEST(ProceduresCommand, ListsEveryDeclarationWithWhetherItsRoutineIsFound) {
         for (const auto& arg : e["outputs"]) EXPECT_EQ(arg, (nlohmann::json{{"type", "R"}, {"dims", arg["dims"]}, {"written_back", false}}));
         if (e["provided"]) provided.insert(e["name"]);
     }
-    EXPECT_EQ(provided, kShipped);
+    for (const std::string& name : kShipped) EXPECT_TRUE(provided.count(name)) << name;
+    for (const char* name : {"PQUORVA", "PSPRMOD", "PPRBS", "PHYDRA"}) EXPECT_FALSE(provided.count(name)) << name;
     // A row as the table gives it: PVTVOL in "Fabrik", R*, R*, S* -> R, derivatives, component list.
     const auto pvtvol = *std::find_if(list.begin(), list.end(), [](const auto& e) { return e["name"] == "PVTVOL"; });
     EXPECT_EQ(pvtvol["inputs"], (nlohmann::json::parse(R"([{"type":"R","dims":0,"written_back":true},
@@ -42,7 +43,7 @@ TEST(ProceduresCommand, OneDeclarationNamesItsFileOrWhyThereIsNone) {
     EXPECT_EQ(divide["library"], "Fabrik");
     EXPECT_EQ(copy["library"], "fabrik");
     EXPECT_EQ(divide["file"], copy["file"]);   // two spellings, one file
-    EXPECT_NE(divide["file"].get<std::string>().find("/zorexp-routines/libFabrik.so"), std::string::npos);
+    EXPECT_NE(divide["file"].get<std::string>().find("/lib/routines/libFabrik.so"), std::string::npos);
 
     const CommandResult quorva = RunHost("procedures PQUORVA");
     EXPECT_EQ(quorva.status, 0);

@@ -91,7 +91,7 @@ TEST(RoutineSearchPath, TheRuntimesOwnDirectoryComesLastAndHoldsTheUtilities) {
     zx_test::RoutinePath path("/nonexistent/a:/nonexistent/b");
     const std::string own = VX_OwnRoutineDirectory();
     EXPECT_TRUE(fs::path(own).is_absolute());
-    EXPECT_EQ(fs::path(own).filename(), "zorexp-routines");
+    EXPECT_EQ(fs::path(own).filename(), "routines");
     EXPECT_TRUE(fs::exists(fs::path(own) / "libMorvanex.so"));
     EXPECT_EQ(VX_RoutineSearchPath(), (std::vector<std::string>{"/nonexistent/a", "/nonexistent/b", own}));
     unsetenv(VX_ROUTINE_PATH_VARIABLE);

@@ -178,16 +178,25 @@ class Parser:
             p.over.append(self.set_name())
             while self.accept(","):
                 p.over.append(self.set_name())
-        if self.tok.kind == "STRING":
-            p.description = self.tok.text
+        seen = set()
+        while self.tok.kind != "NEWLINE":
+            t = self.tok
+            what = "description" if t.kind == "STRING" else t.text
+            if what not in ("description", "flags", "default"):
+                self.fail(f"expected a description, 'flags' or 'default', found {self.describe(t)}")
+            if what in seen:
+                self.fail(f"{what} given twice")
+            seen.add(what)
             self.i += 1
-        if self.accept("flags"):
-            if self.tok.kind != "NUMBER" or not self.tok.text.isdigit():
-                self.fail("expected the registration flags as an integer")
-            p.flags = int(self.tok.text)
-            self.i += 1
-        if self.accept("default"):
-            p.default = self.expression()
+            if what == "description":
+                p.description = t.text
+            elif what == "flags":
+                if self.tok.kind != "NUMBER" or not self.tok.text.isdigit():
+                    self.fail("expected the registration flags as an integer")
+                p.flags = int(self.tok.text)
+                self.i += 1
+            else:
+                p.default = self.expression()
         self.expect_newline()
         return p
 

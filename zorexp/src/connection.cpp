@@ -10,15 +10,17 @@ const char* DirectionWord(int d) { return d == 4 ? "an inlet" : d == 8 ? "an out
 
 }  // namespace
 
-VX_Connection* VX_Connection::Make(VX_PortType& from, VX_PortType& to, std::string* why) {
+VX_Connection* VX_Connection::Make(VX_PortType& from, VX_PortType& to, std::string* why,
+                                   const std::function<std::string(const VX_Type&)>& name) {
     auto refuse = [&](std::string text) -> VX_Connection* {
         if (why) *why = std::move(text);
         return nullptr;
     };
-    const std::string a = from.Path(), b = to.Path();
+    auto named = [&](const VX_Type& port) { return name ? name(port) : port.Path(); };
+    const std::string a = named(from), b = named(to);
     if (&from == &to) return refuse("a port cannot be joined to itself");
-    if (from.Partner()) return refuse(a + " is connected already (to " + from.Partner()->Path() + ")");
-    if (to.Partner()) return refuse(b + " is connected already (to " + to.Partner()->Path() + ")");
+    if (from.Partner()) return refuse(a + " is connected already (to " + named(*from.Partner()) + ")");
+    if (to.Partner()) return refuse(b + " is connected already (to " + named(*to.Partner()) + ")");
     const int df = from.PortDirection(), dt = to.PortDirection();
     if (df == 4 || dt == 8)
         return refuse("a connection runs from an outlet to an inlet; " + a + " is " + DirectionWord(df) + " and " + b +

@@ -83,7 +83,9 @@ std::int32_t VX_ProtocolDriver::Run(int unit, const char* operation, Op&& op) no
         if (status >= 0) return status;
         const VX_Failure& f = VX_Session::Current().LastFailure();
         if (f.status == status && !f.message.empty()) return Fail(unit, status, operation, f.message);
-        return Fail(unit, status, operation, std::string("status ") + std::to_string(status) + " (" + VX_StatusMessage(status) + ")");
+        const std::string text = VX_StatusMessage(status);
+        return Fail(unit, status, operation,
+                    "status " + std::to_string(status) + (text == "unknown status" ? "" : " (" + text + ")"));
     } catch (const std::exception& e) {
         return Fail(unit, VX_E_MODEL, operation, e.what());
     } catch (...) {

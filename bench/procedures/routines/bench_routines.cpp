@@ -9,7 +9,7 @@
 
 namespace {
 
-using zx::routines::Call;
+using zx::routine_support::Call;
 
 constexpr double kGas = 8.314;
 int g_calls = 0;

@@ -10,7 +10,7 @@
 
 namespace {
 
-using zx::routines::Call;
+using zx::routine_support::Call;
 
 int g_calls = 0;
 int g_lastCallType = -1;
@@ -102,7 +102,7 @@ void WriteBack(Call& c) {
 // (-1 when absent), plus x so that the call has an input.
 void Components(Call& c) {
     if (!Begin(c)) return;
-    const zorexp_host_services* s = zx::routines::Services();
+    const zorexp_host_services* s = zx::routine_support::Services();
     const int list = c.List();
     c.Out(0) = s->component_count(list) + 0.0 * c.In(0);
     const char* kbase = s->list_option(list, "kbase");

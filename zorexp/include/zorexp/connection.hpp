@@ -4,6 +4,7 @@
 // connection, outlet value - inlet value = 0, in a group of its own. Both ends keep their own
 // variables, so each block stays whole and can be solved alone, and a value fixed at both ends
 // shows up as an over-specified connection equation naming both.
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,8 +16,10 @@ class VX_Variable;
 class VX_Connection : public VX_ModelType {
 public:
     // Checks and joins the ports; null with *why set when they cannot be joined (one is joined
-    // already, both are outlets or both inlets, or neither type derives from the other).
-    static VX_Connection* Make(VX_PortType& from, VX_PortType& to, std::string* why);
+    // already, both are outlets or both inlets, or neither type derives from the other). name
+    // gives the ports' names for the message (by default their paths in their blocks).
+    static VX_Connection* Make(VX_PortType& from, VX_PortType& to, std::string* why,
+                               const std::function<std::string(const VX_Type&)>& name = {});
     ~VX_Connection() override;
     VX_Connection(const VX_Connection&) = delete;
     VX_Connection& operator=(const VX_Connection&) = delete;

@@ -13,7 +13,7 @@
  * Where the runtime looks. Library "Name" is the file lib<Name>.so, its name matched without
  * regard to case, in the directories of the environment variable ZOREXP_ROUTINE_PATH (separated
  * by ':'; only absolute directories count), then in the runtime's own directory
- * "zorexp-routines" beside libzorexp.so. The current directory is never searched. Each file is
+ * "routines" beside libzorexp.so. The current directory is never searched. Each file is
  * loaded once per process and stays loaded.
  *
  * Argument buffer. All arguments of one call live in one array of 8-byte words, inputs first,

@@ -4,7 +4,7 @@
 //   1. the directories listed in the environment variable ZOREXP_ROUTINE_PATH (separated by
 //      ':'), in order; entries that are empty or relative are ignored, so the current directory
 //      is never searched;
-//   2. the runtime's own routine directory: "zorexp-routines" beside libzorexp.so (in the build
+//   2. the runtime's own routine directory: "routines" beside libzorexp.so (in the build
 //      tree and after installation alike).
 // File names match without regard to case, so "Fabrik" and "fabrik" name one file, loaded once.
 // A library must export zorexp_routine_interface(); it serves a declaration of interface version
@@ -24,7 +24,7 @@ struct VX_RoutineLibrary {
 // Name of the environment variable listing extra routine directories.
 constexpr const char* VX_ROUTINE_PATH_VARIABLE = "ZOREXP_ROUTINE_PATH";
 // Name of the runtime's own routine directory, beside libzorexp.so.
-constexpr const char* VX_ROUTINE_DIRECTORY_NAME = "zorexp-routines";
+constexpr const char* VX_ROUTINE_DIRECTORY_NAME = "routines";
 
 // The directories searched, in order, as they stand now.
 std::vector<std::string> VX_RoutineSearchPath();
