@@ -178,9 +178,9 @@ public:
         const auto& columns = m.Session().Columns();
         std::vector<int> unknown(columns.size(), -1);
         for (std::size_t c = 0; c < columns.size(); ++c)
-            if (columns[c]->CurrSpec() == VX_SPEC_FREE) {
+            if (auto* v = dynamic_cast<VX_Variable*>(columns[c]); v && v->CurrSpec() == VX_SPEC_FREE) {
                 unknown[c] = static_cast<int>(m_unknowns.size());
-                m_unknowns.push_back(columns[c]);
+                m_unknowns.push_back(v);
             }
         m_pattern.n_rows = m.equations;
         m_pattern.n_cols = static_cast<int>(m_unknowns.size());
@@ -191,14 +191,15 @@ public:
             }
     }
     const zx::solve::TripletPattern& pattern() const override { return m_pattern; }
-    void residuals(const double* x, double* r) override {
+    bool residuals(const double* x, double* r) override {
         Place(x);
-        m_model.model->Residuals(r, 0, 0);
+        return m_model.model->Residuals(r, 0, 0) >= 0;
     }
-    void jacobian(const double* x, double* values) override {
+    bool jacobian(const double* x, double* values) override {
         Place(x);
-        m_model.model->Jacobian(m_all.data(), 0, 0);
+        if (m_model.model->Jacobian(m_all.data(), 0, 0) < 0) return false;
         for (std::size_t t = 0; t < m_kept.size(); ++t) values[t] = m_all[m_kept[t]];
+        return true;
     }
     std::vector<double> Start() const {
         std::vector<double> x;
