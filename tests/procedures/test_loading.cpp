@@ -64,6 +64,8 @@ TEST_F(LoadingTest, BothSpellingsReachOneLibraryLoadedOnce) {
     ASSERT_GE(a.status, 0) << a.why;
     EXPECT_EQ(a.library, b.library);
     EXPECT_EQ(a.entry, b.entry);
+    // Attached once, with the same services its added sources are told of.
+    EXPECT_EQ(zx_test::Control<int()>("zxt_attached_as_library")(), 1);
     // The declaration spelt "zxtestroutines" calls the routine the other spelling counts.
     EXPECT_EQ(Evaluate<VXProc_ZXT_SQUARE_FD>(), 3);
     EXPECT_EQ(zx_test::Calls(), 1);

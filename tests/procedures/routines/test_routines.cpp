@@ -168,6 +168,13 @@ ZX_ROUTINE void ZXT_cstrings(double* in, int* id, double* out, int* od, int* io,
     in[oo[0]] = total + 1000.0 * n + k;
 }
 
+// Told of the services as sources that join a library from elsewhere are (see routines/CMakeLists.txt).
+namespace {
+const zorexp_host_services* g_attached = nullptr;
+}
+extern "C" void zx_routine_library_attached(const zorexp_host_services* services) { g_attached = services; }
+ZX_ROUTINE int zxt_attached_as_library(void) { return g_attached && g_attached == zx::routine_support::Services(); }
+
 ZX_ROUTINE int zxt_calls(void) { return g_calls; }
 ZX_ROUTINE int zxt_last_call_type(void) { return g_lastCallType; }
 ZX_ROUTINE double zxt_last_input(void) { return g_lastInput; }
