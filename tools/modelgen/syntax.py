@@ -124,6 +124,7 @@ class Call(Stmt):
     outputs: list
     procedure: str
     inputs: list
+    mode: int = 0
 
 
 @dataclass(eq=False)
