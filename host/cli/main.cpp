@@ -15,6 +15,7 @@
 #include "errors.hpp"
 #include "flowsheet/flowsheet_commands.hpp"
 #include "model_library.hpp"
+#include "procedures_listing.hpp"
 #include "report_json.hpp"
 #include "report_table.hpp"
 #include "types_listing.hpp"
@@ -67,6 +68,11 @@ int main(int argc, char** argv) {
     describe->add_option("--free", args.frees, "Free a variable (repeatable).")->allow_extra_args(false);
     describe->add_flag("--json", json, "Print JSON.");
 
+    std::string procedureName;
+    auto* procedures = app.add_subcommand("procedures", "List the procedure declarations and whether their routines are found.");
+    procedures->add_option("NAME", procedureName, "One declaration, with or without VXProc_.");
+    procedures->add_flag("--json", json, "Print JSON.");
+
     zx::flowsheet::SolveCommandOptions solveOptions;
     auto* solve = app.add_subcommand("solve", "Set up, analyse and solve a flowsheet file (steady state).");
     solve->add_option("FLOWSHEET", solveOptions.file, "Flowsheet file (JSON).")->required();
@@ -92,9 +98,9 @@ int main(int argc, char** argv) {
 
     if (argc > 1 && argv[1][0] != '-') {
         bool known = false;
-        for (auto* sub : {types, describe, solve, analyse, check, components}) known = known || sub->check_name(argv[1]);
+        for (auto* sub : {types, describe, procedures, solve, analyse, check, components}) known = known || sub->check_name(argv[1]);
         if (!known) {
-            std::fprintf(stderr, "zorexp: unknown command \"%s\" (the commands are types, describe, solve, analyse, check-jacobian and components)\n", argv[1]);
+            std::fprintf(stderr, "zorexp: unknown command \"%s\" (the commands are types, describe, procedures, solve, analyse, check-jacobian and components)\n", argv[1]);
             return kExitBadInput;
         }
     }
@@ -125,6 +131,10 @@ int main(int argc, char** argv) {
     try {
         if (types->parsed()) {
             Emit(ListTypes(), json);
+        } else if (procedures->parsed()) {
+            const bool single = !procedureName.empty();
+            const auto listing = ListProcedures(procedureName);
+            Print(json ? ProceduresJson(listing, single).dump(2) + "\n" : ProceduresText(listing, single));
         } else if (components->parsed()) {
             Print(ComponentsReport(componentId, json));
         } else {

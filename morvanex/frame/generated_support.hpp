@@ -12,6 +12,7 @@
 
 #include "frame/arrays.hpp"
 #include "frame/references.hpp"
+#include "procedures/procedure_declarations.hpp"
 #include "runtime/runtime.hpp"
 #include "types/parameter_types.hpp"
 #include "types/variable_types.hpp"
@@ -29,3 +30,11 @@
     VX_MULTIPORT_CLASS(MI, PORT, 4)         \
     VX_MULTIPORT_CLASS(MO, PORT, 8)         \
     VX_MULTIPORT_CLASS(MIO, PORT, 12)
+
+// A whole array as a procedure argument: its dimension sizes, then its elements in the array's
+// order (the last index fastest).
+inline void VX_ArrayArgument(VX_ProcedureType& p, const VX_Matrix& array) {
+    p.Argument();
+    for (int d = 0; d < array.Dimensions(); ++d) p.SetDimensionSize(array.DimSize(d));
+    for (int k = 0; k < array.Size(); ++k) p.Element(static_cast<VX_VarParam&>(*array.At(k)));
+}

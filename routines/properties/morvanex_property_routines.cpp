@@ -7,6 +7,7 @@
 #include "dense_call.hpp"
 #include "list_context.hpp"
 #include "phase_property.hpp"
+#include "property_services.hpp"
 #include "routine_guard.hpp"
 #include "thermo/units.hpp"
 
@@ -68,3 +69,6 @@ ZX_DENSE_ROUTINE(RX55IF_spenth_molar) {
 
 ZX_DENSE_ROUTINE(RX55IF_GPICRT) { Critical(call, "RX55IF_GPICRT", "PCRIT_TEMP", true); }
 ZX_DENSE_ROUTINE(RX55IF_GPICRP) { Critical(call, "RX55IF_GPICRP", "PCRIT_PRESS", false); }
+
+// The "Morvanex" library's common entry hands the runtime's services on to the property code.
+extern "C" void zx_routine_library_attached(const zorexp_host_services* services) { zx::routines::AttachServices(services); }

@@ -35,7 +35,7 @@ const char* ListOption(int list, const char* option) {
 }
 void Report(int severity, const char* routine, const char* message) { g_reports.push_back({severity, routine, message}); }
 
-const zorexp_host_services kServices{1, ComponentCount, ComponentId, ListOption, Report};
+const zorexp_host_services kServices{1, ComponentCount, ComponentId, ListOption, Report, nullptr};   // version 1: no solution_mode
 
 }  // namespace
 

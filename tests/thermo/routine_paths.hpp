@@ -4,4 +4,4 @@
 
 inline std::string QelpLibrary() { return std::string(ZX_ROUTINE_DIR) + "/libqelp.so"; }
 inline std::string LocalModelLibrary() { return std::string(ZX_ROUTINE_DIR) + "/libVXPropMod.so"; }
-inline std::string MorvanexPropertyLibrary() { return std::string(ZX_TEST_ROUTINE_DIR) + "/libzx_morvanex_property_routines.so"; }
+inline std::string MorvanexPropertyLibrary() { return std::string(ZX_ROUTINE_DIR) + "/libMorvanex.so"; }

@@ -97,6 +97,7 @@ def main(argv=None):
     args = ap.parse_args(argv)
 
     cat = catalogue.load(os.path.join(args.library, "types"), os.path.join(args.library, "frame", "registry.def"))
+    catalogue.load_procedures(cat, os.path.join(args.library, "procedures", "procedures.def"))
     rels = {}
     try:
         for path in args.known:

@@ -47,8 +47,28 @@ class TypeInfo:
 
 
 @dataclass
+class ProcArg:
+    kind: str          # R, I or S
+    dims: int
+
+
+@dataclass
+class Procedure:
+    """A row of procedures/procedures.def."""
+    name: str
+    inputs: list       # [ProcArg]
+    outputs: list
+    component_list: bool
+
+    @property
+    def cpp(self):
+        return "VXProc_" + self.name
+
+
+@dataclass
 class Catalogue:
     types: dict = field(default_factory=dict)
+    procedures: dict = field(default_factory=dict)
 
     def find(self, name):
         return self.types.get(name)
@@ -68,6 +88,35 @@ def _rows(path, macro):
             if m:
                 out.append((m.group(1), [x.strip() for x in m.group(2).split(",")]))
     return out
+
+
+def _signature(text):
+    """ "R*, R[1]* -> R" as ([ProcArg], [ProcArg])."""
+    ins, outs = text.split("->")
+    def items(part):
+        part = part.strip()
+        if not part or part == "(none)":
+            return []
+        out = []
+        for item in part.split(","):
+            item = item.strip().rstrip("*")
+            dims = int(item[2]) if "[" in item else 0
+            out.append(ProcArg(item[0], dims))
+        return out
+    return items(ins), items(outs)
+
+
+def load_procedures(cat, path):
+    pattern = re.compile(r'VX_PROCEDURE\((\w+),\s*"[^"]*",\s*"[^"]*",\s*\d+,\s*\w+,\s*"([^"]*)",\s*(\w+),\s*(\w+)\)')
+    try:
+        with open(path, encoding="utf-8") as f:
+            for line in f:
+                m = pattern.match(line.strip())
+                if m:
+                    ins, outs = _signature(m.group(2))
+                    cat.procedures[m.group(1)] = Procedure(m.group(1), ins, outs, m.group(4) == "yes")
+    except FileNotFoundError:
+        pass
 
 
 def load(types_dir, registry_def):

@@ -62,6 +62,18 @@ class Row:
 
 
 @dataclass(eq=False)
+class CallNode:
+    """call (outputs) = PROC(inputs): the procedure's equations, one per output element. Each
+    argument is ('ref', Ref), ('array', Ref), ('int' | 'real' | 'text', node) or ('iter', Iter)."""
+    label: str
+    proc: object
+    inputs: list
+    outputs: list
+    mode: int
+    tok: object
+
+
+@dataclass(eq=False)
 class LoopNode:
     iters: list
     where: Optional[ir.Node]
@@ -114,6 +126,7 @@ class TypeGen:
         self.assignments = []
         self.statement_number = 0
         self.uses_choices = False
+        self.uses_calls = False
         self.uses_components = False
         self.resolved = []
         self.set_sources = []           # (text of a range assignment, integer parameters it reads)
@@ -255,7 +268,7 @@ class TypeGen:
                 residual = self.residual(s, scope, walk)
                 out.append(Row(label, [residual], None, walk, s.tok))
             elif isinstance(s, S.Call):
-                self.fail(s.tok, "procedure calls are not supported by this generator yet")
+                out.append(self.call_node(s, scope))
             elif isinstance(s, S.For):
                 inner, iters = self.loop_scope(s, scope)
                 where, stored = None, False
@@ -281,6 +294,47 @@ class TypeGen:
             else:
                 self.fail(s.tok, "not a statement of the equations section")
         return out
+
+    def call_node(self, s, scope):
+        proc = self.world.cat.procedures.get(s.procedure)
+        if proc is None:
+            self.fail(s.tok, f"unknown procedure {s.procedure} (procedures/procedures.def lists them)")
+        for what, given, wanted in (("inputs", s.inputs, proc.inputs), ("outputs", s.outputs, proc.outputs)):
+            if len(given) != len(wanted):
+                self.fail(s.tok, f"{s.procedure} takes {len(wanted)} {what}, given {len(given)}")
+        inputs = [self.call_argument(e, spec, scope, False) for e, spec in zip(s.inputs, proc.inputs)]
+        outputs = [self.call_argument(e, spec, scope, True) for e, spec in zip(s.outputs, proc.outputs)]
+        self.uses_calls = True
+        return CallNode(self.next_label(s.label), proc, inputs, outputs, s.mode, s.tok)
+
+    def call_argument(self, e, spec, scope, output):
+        kind = {"R": "a real", "I": "an integer", "S": "a text"}[spec.kind]
+        if isinstance(e, S.Name) and scope.find(e.name) and spec.dims == 0 and not output:
+            return ("iter", scope.find(e.name))
+        if isinstance(e, (S.Name, S.Member, S.Apply)) and not (isinstance(e, S.Apply) and isinstance(e.target, S.Name)
+                                                               and self.low.is_function(e.target.name, scope)):
+            ref = self.low.resolve(e, scope)
+            d = ref.decl
+            if d.value_category is None:
+                self.fail(e.tok, f"{d.name} is not a variable or parameter")
+            indexed = bool(ref.steps[-1][1])
+            if spec.dims == 0:
+                if d.is_array and not indexed:
+                    self.fail(e.tok, f"{d.name} is an array; this argument is a scalar: give its indices")
+                if output and d.value_category != "variable":
+                    self.fail(e.tok, f"an output of a procedure is a variable; {d.name} is a {d.value_category} parameter")
+                return ("ref", ref)
+            if indexed or len(d.over) != spec.dims:
+                self.fail(e.tok, f"this argument is an array of {spec.dims} ind{'ex' if spec.dims == 1 else 'ices'}: "
+                                 f"give a whole array such as {d.name}")
+            return ("array", ref)
+        if output:
+            self.fail(e.tok, "an output of a procedure is a variable")
+        if spec.dims:
+            self.fail(e.tok, f"this argument is an array; a constant is {kind} scalar")
+        want = {"R": "double", "I": "int", "S": "string"}[spec.kind]
+        node = self.low.expr(e, scope, None, want)
+        return ({"R": "real", "I": "int", "S": "text"}[spec.kind], node)
 
     def residual(self, s, scope, walk):
         builder = ir.WalkBuilder(walk, self.desc.path)
@@ -737,12 +791,55 @@ class TypeGen:
     # --- emission: the equation passes ---------------------------------------------------------
     def emit_items(self, items, block, em, mode, leaf):
         for item in items:
-            if isinstance(item, Row):
+            if isinstance(item, (Row, CallNode)):
                 leaf(item, block)
             elif isinstance(item, LoopNode):
                 self.emit_loop(item, block, em, mode, lambda inner, item=item: self.emit_items(item.body, inner, em, mode, leaf))
             elif isinstance(item, ChoiceNode):
                 self.emit_choice(item, block, em, mode, lambda body, inner: self.emit_items(body, inner, em, mode, leaf))
+
+    def has_calls(self, items):
+        for item in items:
+            if isinstance(item, CallNode):
+                return True
+            if isinstance(item, LoopNode) and self.has_calls(item.body):
+                return True
+            if isinstance(item, ChoiceNode) and (any(self.has_calls(b) for _c, b in item.branches) or
+                                                 self.has_calls(item.otherwise)):
+                return True
+        return False
+
+    def bind_call(self, call, group, b, em):
+        """SetUpEquations of a call: a counting instance adds its equations and entries to the
+        group, the kept instance is bound and handed to this model."""
+        child = Block(b, barrier="hard")
+        lines = []
+        for arg in call.inputs + call.outputs:
+            lines.append(self.call_argument_code(arg, child, em))
+        args = f"{call.mode}{', ComponentList()' if call.proc.component_list else ''}"
+        child.add("auto arguments = [&](VX_ProcedureType& p) {")
+        child.body.extend(INDENT + line for line in lines)
+        child.add("};")
+        child.add(f"{call.proc.cpp} counting(true, {args});")
+        child.add("arguments(counting);")
+        child.add(f"if (const int nz = counting.NZAndEqnContribution(this, m_firstGroup + {group}, n); nz < 0) return nz;")
+        child.add(f"auto* kept = new {call.proc.cpp}(false, {args});")
+        child.add("arguments(*kept);")
+        child.add("kept->LastArgument();")
+        child.add(f"if (const int s = kept->CreateEquationsAndSetGroup(this, m_firstGroup + {group}, {cstr(call.label)}); s < 0) return s;")
+        b.nest("{", child)
+
+    def call_argument_code(self, arg, block, em):
+        kind, x = arg
+        if kind == "iter":
+            return f"p.Argument({em.iter_object(x)});"
+        if kind == "ref":
+            return f"p.Argument({em.object_expr(ir.Sym(x.steps), block)});"
+        if kind == "array":
+            return f"VX_ArrayArgument(p, {em.object_expr(ir.Sym(x.steps), block)});"
+        value = em.emit(x, block)
+        cast = {"int": "static_cast<int>", "real": "static_cast<double>", "text": "static_cast<const char*>"}[kind]
+        return f"p.Argument({cast}({value}));"
 
     def group_text(self, g, block, indent=2):
         return [INDENT * indent + line if line else "" for line in block.pre + block.body]
@@ -772,6 +869,9 @@ class TypeGen:
                 block.add(f"m_groupChoice[{g.number - 1}] = m_choices.size();")
 
             def leaf(row, b, g=g):
+                if isinstance(row, CallNode):
+                    self.bind_call(row, g.number, b, em)
+                    return
                 b.add(f"SetGroupLimits(m_firstGroup + {g.number});")
                 b.add("++n;")
                 self.emit_walk_setup(row.walk.items, b, em, "AddNonZero({obj});", check=True)
@@ -874,8 +974,14 @@ class TypeGen:
             block = Block(barrier="hard")
             if self.uses_choices:
                 block.add(f"std::size_t choice = m_groupChoice[{g.number - 1}];")
+            if self.has_calls(g.body):
+                block.add("int proc = 0;")
 
-            def leaf(row, b):
+            def leaf(row, b, g=g):
+                if isinstance(row, CallNode):
+                    b.add(f"if (VX_ProcedureType* q = ProcedureEquation(m_firstGroup + {g.number}, proc++))")
+                    b.add(f"    if (const int s = q->JacPattern(this, rows, cols, types); s < 0) return s;")
+                    return
                 child = Block(b, barrier="hard")
                 child.add(f"const int eqn = AddEquation({cstr(row.label)}, types);")
                 self.emit_walk_setup(row.walk.items, child, em, "AddTerm({obj}, rows, cols, eqn);")
@@ -910,7 +1016,9 @@ class TypeGen:
             block = Block(barrier="hard")
             if self.uses_choices:
                 block.add(f"std::size_t choice = m_groupChoice[{g.number - 1}];")
-            self.emit_items(g.body, block, em, "replay", lambda row, b: leaf(row, b, em))
+            if self.has_calls(g.body):
+                block.add("int proc = 0;")
+            self.emit_items(g.body, block, em, "replay", lambda row, b, g=g: leaf(row, b, em, g))
             if self.uses_choices:
                 block.add("static_cast<void>(choice);")
             lines.append(f"    // group {g.number}")
@@ -925,8 +1033,14 @@ class TypeGen:
         lines.append("")
         return "\n".join(lines)
 
+    def call_evaluation(self, b, g, operation, out):
+        b.add(f"if (VX_ProcedureType* q = ProcedureEquation(m_firstGroup + {g.number}, proc++))")
+        b.add(f"    if (const int s = q->{operation}({out}, k); s < 0) return s;")
+
     def residuals_fn(self):
-        def leaf(row, b, em):
+        def leaf(row, b, em, g):
+            if isinstance(row, CallNode):
+                return self.call_evaluation(b, g, "Residuals", "r")
             if row.condition is None:
                 b.add(f"r[k++] = {em.emit(row.residuals[0], b)};")
                 return
@@ -942,7 +1056,9 @@ class TypeGen:
         return self.evaluation_fn("Residuals", "r", "m_localEqnCount", "AddEqnsInGroup", leaf)
 
     def jacobian_fn(self):
-        def leaf(row, b, em):
+        def leaf(row, b, em, g):
+            if isinstance(row, CallNode):
+                return self.call_evaluation(b, g, "Jacobian", "values")
             targets = {sym.family: t for sym, t in row.walk.targets}
             if row.condition is None:
                 self.emit_walk_hot(row.walk.items, b, em, row.residuals[0], targets, {})

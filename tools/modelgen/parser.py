@@ -313,8 +313,15 @@ class Parser:
                 proc = self.expect_name("a procedure name").text
                 self.expect("(", "'(' and the inputs")
                 inputs = self.arguments(")")
+                mode = 0
+                if self.tok.kind == "NAME" and self.tok.text == "mode":
+                    self.i += 1
+                    if self.tok.kind != "NUMBER" or not self.tok.text.isdigit():
+                        self.fail("expected the procedure's mode as an integer")
+                    mode = int(self.tok.text)
+                    self.i += 1
                 self.expect_newline()
-                return S.Call(t, label, outputs, proc, inputs)
+                return S.Call(t, label, outputs, proc, inputs, mode)
             left = self.expression()
             if self.at(":="):
                 self.fail("equations are written with '=' (':=' assigns, in the assignments section)")

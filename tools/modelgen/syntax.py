@@ -130,6 +130,7 @@ class Call(Stmt):
     outputs: list
     procedure: str
     inputs: list
+    mode: int = 0
 
 
 @dataclass(eq=False)

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "zorexp/procedure_type.hpp"
 #include "zorexp/session.hpp"
 #include "zorexp/variable.hpp"
 
@@ -16,10 +17,19 @@ VX_EquationType* VX_EquationType::ProcedureEquation() {
     return &t;
 }
 
+VX_ModelType::~VX_ModelType() {
+    for (VX_ProcedureType* p : m_procs) delete p;
+}
+
 void VX_ModelType::ResetEquations() {
     m_groups.clear();
     m_currentGroup = -1;
     m_equationCount = 0;
+    // Row labels of procedure equations live in the procedures: they go with them.
+    if (!m_procs.empty()) m_rowLabels.clear();
+    for (VX_ProcedureType* p : m_procs) delete p;
+    m_procs.clear();
+    m_procGroups.clear();
 }
 
 int VX_ModelType::SetUpEquations() {
@@ -32,7 +42,9 @@ int VX_ModelType::JacPattern(int*&, int*&, VX_EquationType**) {
     return 0;
 }
 
-void VX_ModelType::SetGroupLimits(int group) {
+void VX_ModelType::SetGroupLimits(int group) { AddToGroup(group, 1, 0); }
+
+void VX_ModelType::AddToGroup(int group, int equations, int nonzeros) {
     if (m_currentGroup < 0 || m_groups[static_cast<std::size_t>(m_currentGroup)].group != group) {
         auto it = std::find_if(m_groups.begin(), m_groups.end(), [&](const GroupInfo& g) { return g.group == group; });
         if (it == m_groups.end()) {
@@ -41,8 +53,26 @@ void VX_ModelType::SetGroupLimits(int group) {
         }
         m_currentGroup = static_cast<int>(it - m_groups.begin());
     }
-    ++m_groups[static_cast<std::size_t>(m_currentGroup)].equations;
+    m_groups[static_cast<std::size_t>(m_currentGroup)].equations += equations;
+    m_groups[static_cast<std::size_t>(m_currentGroup)].nonzeros += nonzeros;
     if (group > m_stLastGroup) m_stLastGroup = group;
+}
+
+void VX_ModelType::AddProcCall(VX_ProcedureType* proc, int group) {
+    if (!proc) return;
+    if (m_procGroups.empty() || m_procGroups.back().first != group)
+        m_procGroups.emplace_back(group, static_cast<int>(m_procs.size()));
+    m_procs.push_back(proc);
+}
+
+VX_ProcedureType* VX_ModelType::ProcedureEquation(int group, int id) const {
+    for (std::size_t g = 0; g < m_procGroups.size(); ++g) {
+        if (m_procGroups[g].first != group) continue;
+        const int end = g + 1 < m_procGroups.size() ? m_procGroups[g + 1].second : static_cast<int>(m_procs.size());
+        const int at = m_procGroups[g].second + id;
+        return id >= 0 && at < end ? m_procs[static_cast<std::size_t>(at)] : nullptr;
+    }
+    return nullptr;
 }
 
 void VX_ModelType::AddNonZero(VX_Type&) {

@@ -1,5 +1,6 @@
 #include "zorexp/session.hpp"
 
+#include <algorithm>
 #include <cctype>
 #include <cxxabi.h>
 
@@ -144,4 +145,8 @@ const VX_ComponentListData* VX_Session::FindComponentList(const std::string& nam
 
 const VX_ComponentListData* VX_Session::DefaultComponentList() const {
     return m_lists.empty() ? nullptr : &m_lists.front();
+}
+
+void VX_Session::AddNote(std::string text) {
+    if (std::find(m_notes.begin(), m_notes.end(), text) == m_notes.end()) m_notes.push_back(std::move(text));
 }

@@ -42,6 +42,7 @@ public:
     }
     std::ptrdiff_t PositionOfText(int dim, const char* index) const override;
     std::ptrdiff_t Stride(int dim) const override { return m_dims[static_cast<std::size_t>(dim)].stride; }
+    int DimSize(int dim) const override { return static_cast<int>(m_dims[static_cast<std::size_t>(dim)].size); }
     const void* DimSet(int dim) const override {
         const Dim& d = m_dims[static_cast<std::size_t>(dim)];
         return d.kind == VX_IndexKind::I ? static_cast<const void*>(d.ints.get()) : static_cast<const void*>(d.strs.get());

@@ -32,6 +32,7 @@ public:
     virtual std::ptrdiff_t PositionOf(int dim, int index) const = 0;
     virtual std::ptrdiff_t PositionOfText(int dim, const char* index) const = 0;
     virtual std::ptrdiff_t Stride(int) const { return 1; }
+    virtual int DimSize(int) const { return Size(); }
     virtual const void* DimSet(int dim) const = 0;
     // Values of an array of variables, side by side in set order (null for other arrays).
     const double* Values() const { return m_values.get(); }

@@ -10,6 +10,8 @@
 #include "zorexp/session.hpp"
 #include "zorexp/sets.hpp"
 
+class VX_ProcedureType;
+
 enum VX_ExprOp : int {
 #define VX_EXPR_OP(name, code, arity) name = code,
 #include "zorexp/expression_ops.def"
@@ -48,6 +50,16 @@ public:
     void AddNonZero(VX_SetIter& iterator);
     // Records this object's running equation count; its result is SetUpEquations' result.
     int SetLocalEqnCount(int n);
+    // Opens (or continues) a group and counts equations and Jacobian entries in it at once: the
+    // equations of one procedure call.
+    void AddToGroup(int group, int equations, int nonzeros);
+    // Takes ownership of a bound procedure whose equations belong to group. Procedures are kept
+    // in the order they are added, those of one group one after another, and live until the
+    // next SetUpEquations or the object's end.
+    void AddProcCall(VX_ProcedureType* proc, int group);
+    // The id-th procedure (from 0) added for group, or null: the way Residuals, Jacobian and
+    // JacPattern reach the procedures of a call statement.
+    VX_ProcedureType* ProcedureEquation(int group, int id) const;
 
     // --- evaluation (Residuals, Jacobian)
     bool ContainsGroup(int group) const;
@@ -79,8 +91,9 @@ public:
     const std::vector<std::pair<const char*, int>>& RowLabels() const { return m_rowLabels; }
     // The label of the k-th row of this object (k counted from 0).
     const char* RowLabel(int k) const;
-    // Clears the set-up state before a new SetUpEquations pass.
+    // Clears the set-up state (and frees the procedures) before a new SetUpEquations pass.
     void ResetEquations();
+    ~VX_ModelType() override;
 
 protected:
     VX_ModelType() = default;
@@ -97,6 +110,9 @@ private:
     int m_currentGroup = -1;   // index into m_groups of the group being declared
     int m_equationCount = 0;
     std::vector<std::pair<const char*, int>> m_rowLabels;
+    // Owned procedures in the order added; m_procGroups holds (group, index of its first).
+    std::vector<VX_ProcedureType*> m_procs;
+    std::vector<std::pair<int, int>> m_procGroups;
 };
 
 // Reports that an operation of a model failed, with a message naming what (kept by the current
@@ -204,7 +220,6 @@ public:
     bool Tripped() const override { return false; }
     VX_HRESULT QueryInterface(const VX_GUID& iid, void** out) override;
     void AddNZsandProcsInGroup(int group, int& index) const { VX_ModelType::AddNZsandProcsInGroup(group, index); }
-    VX_HRESULT AddProcCall() { return VX_E_NOTIMPL; }
 
 protected:
     VX_ModelTypeEx() = default;

@@ -101,6 +101,12 @@ public:
                              std::map<std::string, SUValue> options = {});
     const VX_ComponentListData* FindComponentList(const std::string& name) const;
     const VX_ComponentListData* DefaultComponentList() const;
+    // All lists in definition order; a list keeps its position when it is redefined.
+    const std::vector<VX_ComponentListData>& ComponentLists() const { return m_lists; }
+
+    // --- notes that routines leave for the log (a note already kept is not kept twice)
+    void AddNote(std::string text);
+    const std::vector<std::string>& Notes() const { return m_notes; }
 
     // --- dependency recording of v(): counts reads while a recorder is active
     void BeginRecording() { m_recording = true; m_reads = 0; }
@@ -139,4 +145,5 @@ private:
     long m_reads = 0;
     bool m_recordExpressions = false;
     std::vector<ExprItem> m_tape;
+    std::vector<std::string> m_notes;
 };
