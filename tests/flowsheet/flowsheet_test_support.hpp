@@ -15,6 +15,7 @@
 #include "flowsheet/equation_system.hpp"
 #include "flowsheet/flowsheet.hpp"
 #include "flowsheet/flowsheet_commands.hpp"
+#include "flowsheet/steady_state_solve.hpp"
 #include "frame/check_cases.hpp"
 
 namespace zx::flowsheet::testing {
@@ -29,6 +30,36 @@ inline VX_Type* CreateBlock(const std::string& type, std::string& error) {
     }
     error = "the tests make the types that have a model description only";
     return nullptr;
+}
+
+// A block of a document built in code, located where a file would hold it.
+inline BlockSpec Block(const std::string& name, const std::string& type) {
+    return BlockSpec{name, type, "", {}, "/blocks/" + name};
+}
+
+// A document over the components A and B with these blocks and connections.
+inline FlowsheetDocument Sheet(std::vector<BlockSpec> blocks, std::vector<ConnectionSpec> connections) {
+    FlowsheetDocument doc;
+    doc.componentLists.push_back(ComponentListSpec{"feed", {"A", "B"}, {}, "/components/feed"});
+    doc.blocks = std::move(blocks);
+    for (std::size_t k = 0; k < connections.size(); ++k) connections[k].pointer = "/connections/" + std::to_string(k);
+    doc.connections = std::move(connections);
+    return doc;
+}
+
+// A document built, gathered into one system and solved with the default options.
+struct Solved {
+    std::unique_ptr<Flowsheet> sheet;
+    std::unique_ptr<EquationSystem> system;
+    zx::solve::SolveResult result;
+};
+
+inline Solved Solve(const FlowsheetDocument& doc, const BlockCreator& create = CreateBlock) {
+    Solved s;
+    s.sheet = Flowsheet::Build(doc, create);
+    s.system = std::make_unique<EquationSystem>(*s.sheet);
+    s.result = SolveSteadyState(*s.system, zx::solve::SolverOptions{}, nullptr);
+    return s;
 }
 
 // A flowsheet set up from text and gathered into one system.

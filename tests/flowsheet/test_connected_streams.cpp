@@ -4,42 +4,21 @@
 #include "flowsheet_test_support.hpp"
 
 #include "flowsheet/results_output.hpp"
-#include "flowsheet/steady_state_solve.hpp"
 #include "flowsheet/structure_diagnosis.hpp"
 
 namespace zx::flowsheet {
 namespace {
 
-struct Solved {
-    std::unique_ptr<Flowsheet> sheet;
-    std::unique_ptr<EquationSystem> system;
-    zx::solve::SolveResult result;
-};
-
-Solved Solve(const FlowsheetDocument& doc) {
-    Solved s;
-    s.sheet = Flowsheet::Build(doc, testing::CreateBlock);
-    s.system = std::make_unique<EquationSystem>(*s.sheet);
-    s.result = SolveSteadyState(*s.system, zx::solve::SolverOptions{}, nullptr);
-    return s;
-}
+using testing::Block;
+using testing::Sheet;
+using testing::Solve;
+using testing::Solved;
 
 // A material stream with its state given (its copies are fixed while nothing is upstream).
 BlockSpec Stream(const std::string& name, const Json& state = Json::object()) {
-    BlockSpec b{name, "MATERIALSTREAM", "", {}, "/blocks/" + name};
+    BlockSpec b = Block(name, "MATERIALSTREAM");
     for (const auto& [path, value] : state.items()) b.sets.push_back(SetEntry{path, value, b.pointer + "/set/" + path});
     return b;
-}
-
-BlockSpec Block(const std::string& name, const std::string& type) { return BlockSpec{name, type, "", {}, "/blocks/" + name}; }
-
-FlowsheetDocument Sheet(std::vector<BlockSpec> blocks, std::vector<ConnectionSpec> connections) {
-    FlowsheetDocument doc;
-    doc.componentLists.push_back(ComponentListSpec{"feed", {"A", "B"}, {}, "/components/feed"});
-    doc.blocks = std::move(blocks);
-    for (std::size_t k = 0; k < connections.size(); ++k) connections[k].pointer = "/connections/" + std::to_string(k);
-    doc.connections = std::move(connections);
-    return doc;
 }
 
 const Json kFirst = {{"F", 10.0}, {"Z", {0.2, 0.8}}, {"T", 50.0}, {"P", 3.0}, {"H", -0.1}};

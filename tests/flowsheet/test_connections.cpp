@@ -3,7 +3,6 @@
 // both ends. The types are test-only descriptions (tests/descriptions).
 #include "flowsheet_test_support.hpp"
 
-#include "flowsheet/steady_state_solve.hpp"
 #include "test_mixer.hpp"
 #include "test_sink.hpp"
 #include "test_source.hpp"
@@ -21,37 +20,11 @@ VX_Type* CreateTestBlock(const std::string& type, std::string& error) {
     return made;
 }
 
-BlockSpec Block(const std::string& name, const std::string& type) {
-    BlockSpec b;
-    b.name = name;
-    b.type = type;
-    b.pointer = "/blocks/" + name;
-    return b;
-}
+using testing::Block;
+using testing::Sheet;
+using testing::Solved;
 
-FlowsheetDocument Sheet(std::vector<BlockSpec> blocks, std::vector<ConnectionSpec> connections) {
-    FlowsheetDocument doc;
-    doc.componentLists.push_back(ComponentListSpec{"feed", {"A", "B"}, {}, "/components/feed"});
-    doc.blocks = std::move(blocks);
-    for (std::size_t k = 0; k < connections.size(); ++k) connections[k].pointer = "/connections/" + std::to_string(k);
-    doc.connections = std::move(connections);
-    return doc;
-}
-
-struct Solved {
-    std::unique_ptr<Flowsheet> sheet;
-    std::unique_ptr<EquationSystem> system;
-    zx::solve::SolveResult result;
-};
-
-Solved Solve(const FlowsheetDocument& doc) {
-    Solved s;
-    s.sheet = Flowsheet::Build(doc, CreateTestBlock);
-    s.system = std::make_unique<EquationSystem>(*s.sheet);
-    zx::solve::SolverOptions options;
-    s.result = SolveSteadyState(*s.system, options, nullptr);
-    return s;
-}
+Solved Solve(const FlowsheetDocument& doc) { return testing::Solve(doc, CreateTestBlock); }
 
 template <class T>
 T& BlockNamed(Flowsheet& f, const std::string& name) {
