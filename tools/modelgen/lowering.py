@@ -207,15 +207,13 @@ class Lowering:
     def value_of(self, ref, e, walk):
         d = ref.decl
         cat = d.value_category
+        if d.is_array and not ref.steps[-1][1]:
+            self.fail(e.tok, f"{d.name} is an array: give its indices")
         if ref.attr is not None:
             if ref.attr not in FLAG_ATTRIBUTES or cat != "variable":
                 self.fail(e.tok, f"{d.name}.{ref.attr}: conditions read the flags "
                                  f"{', '.join(FLAG_ATTRIBUTES)} of variables only")
-            if d.is_array and not ref.steps[-1][1]:
-                self.fail(e.tok, f"{d.name} is an array: give its indices")
             return ir.mk("attr", "bool", ref.sym(), ref.attr)
-        if d.is_array and not ref.steps[-1][1]:
-            self.fail(e.tok, f"{d.name} is an array: give its indices")
         sym = ref.sym()
         if cat in ("variable", "real"):
             if walk is not None:
