@@ -22,16 +22,18 @@ properties
 '''
 
 
-def compile_text(text):
-    """(status, stderr) of compiling one test description."""
+def compile_text(text, keep=None):
+    """(status, stderr) of compiling one test description; keep(out) may read what it wrote."""
     with tempfile.TemporaryDirectory() as tmp:
         path = os.path.join(tmp, "errors.model")
         with open(path, "w", encoding="utf-8") as f:
             f.write(text)
         err = io.StringIO()
+        out = os.path.join(tmp, "out")
         with contextlib.redirect_stderr(err):
-            status = main(["--library", os.path.join(ROOT, "morvanex"), "--out", os.path.join(tmp, "out"),
-                           "--test", "--", path])
+            status = main(["--library", os.path.join(ROOT, "morvanex"), "--out", out, "--test", "--", path])
+        if keep is not None and status == 0:
+            keep(out)
         return status, err.getvalue()
 
 
@@ -72,6 +74,37 @@ class SetAndFlagForms(unittest.TestCase):
     def test_a_flag_is_not_read_at_each_evaluation(self):
         self.refused('equations\n    when T.ISMATCHED then\n        Q = T\n    else\n        Q = 0\n    end\n', 8,
                      "cannot read a variable's flags")
+
+
+class InternalSetPasses(unittest.TestCase):
+    BODY = ("    IDX : internal integer set\n    N : INTEGERPARAMETER\nassignments\n"
+            "    [1] IDX := 1 .. N pass 0\n    N := 4\n    [1] IDX := 1 .. N pass 1\n")
+
+    def test_each_pass_keeps_its_ordinal_and_hands_its_pass(self):
+        written = []
+
+        def keep(out):
+            for folder, _dirs, files in os.walk(out):
+                for name in files:
+                    if name.endswith(".cpp"):
+                        with open(os.path.join(folder, name), encoding="utf-8") as f:
+                            written.append(f.read())
+        status, err = compile_text(HEAD + self.BODY, keep)
+        self.assertEqual(status, 0, err)
+        code = "".join(written)
+        self.assertRegex(code, r"VX_Value (\w+)\(VX_IntSetValue\(1, N\.v\(\)\), context, level, 1\);\s*"
+                               r"InitialiseInternalIndexSet\(IDX, \1, 0\);")
+        self.assertRegex(code, r"VX_Value (\w+)\(4, context, level, 2\);")
+        self.assertRegex(code, r"VX_Value (\w+)\(VX_IntSetValue\(1, N\.v\(\)\), context, level, 1\);\s*"
+                               r"InitialiseInternalIndexSet\(IDX, \1, 1\);")
+
+    def test_only_internal_sets_take_a_pass(self):
+        status, err = compile_text(HEAD + "assignments\n    NUMS := 1 .. 3 pass 1\n")
+        self.assertEqual(status, 1, err)
+        self.assertIn("NUMS is not an internal index set", err)
+        status, err = compile_text(HEAD + "    IDX : internal integer set\nassignments\n    IDX := 1 .. 3 pass\n")
+        self.assertEqual(status, 1, err)
+        self.assertIn("expected the pass as an integer", err)
 
 
 if __name__ == "__main__":

@@ -100,6 +100,7 @@ class AssignLeaf:
     value: ir.Node
     ordinal: int
     tok: object
+    pass_no: int = 0               # the pass argument of an internal index set's assignment
 
 
 @dataclass
@@ -193,7 +194,9 @@ class TypeGen:
                 if cat == "string" and value.ctype not in ("string",):
                     self.fail(s.tok, f"{d.name} takes a text")
         ref.attr = attr
-        return AssignLeaf(ref, value, ordinal, s.tok)
+        if s.pass_no is not None and d.category != "internal_set":
+            self.fail(s.tok, f"{d.name} is not an internal index set: only those take a pass")
+        return AssignLeaf(ref, value, ordinal, s.tok, s.pass_no or 0)
 
     def set_value(self, e, scope, d):
         """The value of an assignment to set d, checked to hold members of d's kind."""
@@ -207,7 +210,9 @@ class TypeGen:
             lo = self.low.expr(e.low, scope, None, "int")
             hi = self.low.expr(e.high, scope, None, "int")
             params = [n.args[0] for n in self.all_nodes(ir.mk("pair", "int", lo, hi)) if n.op == "iparam"]
-            self.set_sources.append((f"{d.name} := {unparse(e)}", params))
+            source = (f"{d.name} := {unparse(e)}", params)
+            if source not in self.set_sources:   # a set made again on a later pass is one source
+                self.set_sources.append(source)
             return ir.mk("range", "set", lo, hi)
         if isinstance(e, S.Apply) and isinstance(e.target, S.Name) and e.target.name == "option":
             if d.setkind != "string":
@@ -652,7 +657,7 @@ class TypeGen:
                 child.add(f"const VX_Value {v}({datum}, context, level, {item.ordinal});")
                 d = item.target.decl
                 if d.category == "internal_set":
-                    child.add(f"InitialiseInternalIndexSet({target}, {v}, 0);")
+                    child.add(f"InitialiseInternalIndexSet({target}, {v}, {item.pass_no});")
                 else:
                     child.add(f"{target}.Assign(&{v});")
                 # A statement about a reference that nothing is linked to yet has nothing to act on.

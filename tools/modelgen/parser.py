@@ -343,8 +343,15 @@ class Parser:
             self.fail("assignments are written with ':=' ('=' is for equations)")
         self.expect(":=", "':='")
         value = self.expression()
+        pass_no = None
+        if self.tok.kind == "NAME" and self.tok.text == "pass":
+            self.i += 1
+            if self.tok.kind != "NUMBER" or not self.tok.text.isdigit():
+                self.fail("expected the pass as an integer (pass 0, pass 1)")
+            pass_no = int(self.tok.text)
+            self.i += 1
         self.expect_newline()
-        return S.Assign(t, target, value, ordinal)
+        return S.Assign(t, target, value, ordinal, pass_no)
 
     def iterator(self):
         nt = self.expect_name("a loop variable")

@@ -95,6 +95,7 @@ class Assign(Stmt):
     target: Expr
     value: Expr
     ordinal: Optional[int] = None   # given explicitly as [n]
+    pass_no: Optional[int] = None   # `pass n` of an internal index set's assignment
 
 
 @dataclass(eq=False)
