@@ -950,6 +950,10 @@ class TypeGen:
                     for dim, i in enumerate(idx):
                         if not (check and i[0] == "iter" and i[2] == 0 and d.category != "multiport"):
                             continue
+                        # An integer index over another set is read by its value, which needs
+                        # no check: a missing element fails AddNonZero here.
+                        if i[1].elem != "string" and not self.same_set(i[1].setref, d.over[dim], k):
+                            continue
                         holder = em.object_expr(ir.Sym(sym.steps[:k] + [(d, [])]), block)
                         line = f"VX_CheckIndexedBy({holder}, {dim}, {em.set_data(i[1].setref, block)});"
                         if k == 0 and self.same_set(i[1].setref, d.over[dim], 0):
