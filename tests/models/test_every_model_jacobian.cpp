@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <memory>
 #include <random>
 #include <string>
@@ -89,7 +90,11 @@ TEST_P(EveryModel, JacobianAgreesWithFiniteDifferences) {
             auto* v = dynamic_cast<VX_Variable*>(columns[k]);
             if (!v) continue;   // parameters keep the values the model gives them
             const double x = start[k] * (1.0 + 0.4 * u(random)) + 0.5 * u(random);
-            v->SetSolverValue(std::clamp(x, v->Lower(), v->Upper()));
+            // A finite-difference step inside the bounds, so that the differences stay in the
+            // model's domain (a mole fraction at its bound 0 would be stepped below it).
+            const double lo = v->Lower() + 1e-5 * std::max(1.0, std::fabs(v->Lower()));
+            const double hi = v->Upper() - 1e-5 * std::max(1.0, std::fabs(v->Upper()));
+            v->SetSolverValue(lo < hi ? std::clamp(x, lo, hi) : std::clamp(x, v->Lower(), v->Upper()));
         }
         const auto result = zx::checks::CheckDriverJacobian(driver);
         EXPECT_FALSE(result.evaluationFailed) << driver.LastFailure().message;
