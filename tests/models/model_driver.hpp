@@ -2,6 +2,7 @@
 // runtime's driver, in a session of its own.
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "runtime/runtime.hpp"
@@ -68,3 +69,45 @@ inline Pattern DeclareEquations(VX_ModelType& m, VX_Session&, int lastGroup = 0)
 }
 
 inline void SetUser(VX_VarParam& p, const VX_Value& v) { p.AssignUser(VX_ATTR_VALUE, v); }
+
+// One block brought through the protocol as a flowsheet would: its global references linked,
+// settings (user values) applied, two rounds of SetDims and ExecuteAssignments (arrays are
+// sized over sets the assignments make), the equations and their pattern. status is the first
+// failure, or the last result.
+struct BlockUnderTest {
+    VX_ProtocolDriver driver;
+    int status = 0;
+
+    template <class Settings>
+    BlockUnderTest(VX_ModelType& m, Settings&& settings) {
+        driver.AddBlock(m);
+        status = LinkGlobals(driver);
+        settings();
+        for (int round = 0; round < 2 && status >= 0; ++round) {
+            status = driver.SetDims();
+            if (status >= 0) status = driver.ExecuteAssignments(10, VX_CTX_MODEL);
+        }
+        if (status >= 0) status = driver.SetUpEquations();
+        if (status < 0) return;
+        std::vector<int> rows(static_cast<std::size_t>(driver.Entries())), cols(rows.size());
+        status = driver.JacPattern(rows.data(), cols.data());
+    }
+    explicit BlockUnderTest(VX_ModelType& m) : BlockUnderTest(m, [] {}) {}
+
+    std::vector<double> Residuals() {
+        std::vector<double> r(static_cast<std::size_t>(driver.Rows()));
+        status = driver.Residuals(r.data());
+        return r;
+    }
+    std::vector<double> Jacobian() {
+        std::vector<double> j(static_cast<std::size_t>(driver.Entries()));
+        status = driver.Jacobian(j.data());
+        return j;
+    }
+    std::vector<std::string> Labels() const {
+        std::vector<std::string> labels;
+        for (int row = 0; row < driver.Rows(); ++row) labels.emplace_back(driver.RowLabel(row));
+        return labels;
+    }
+    std::string Failure() const { return driver.LastFailure().message; }
+};
