@@ -26,7 +26,8 @@ void DeleteAs(VX_VarParam* p) { delete static_cast<T*>(p); }
 
 bool IsNumber(const VX_Value& v) { return v.GetKind() == VX_Value::Real || v.GetKind() == VX_Value::Integer; }
 
-std::string Quote(const std::string& s) { return "\"" + s + "\""; }
+// Values in messages come from users: kept on one line and cut short when long.
+std::string Quote(const std::string& s) { return "\"" + VX_BriefText(s) + "\""; }
 
 std::string ListValid(const VX_StrSetData& set) {
     std::string out;
