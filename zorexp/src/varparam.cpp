@@ -200,6 +200,14 @@ bool VX_VarParamProp::IsDefaultAssignment() const { return m_target->SourceOf(m_
 
 VX_AssignStatus VX_VarParam::AssignUser(VX_Attr attr, const VX_Value& value, std::string* why) {
     std::string problem = CheckValue(attr, value);
+    if (problem.empty() && (m_kind == IntegerSet || m_kind == StringSet)) {
+        // A set users give may size arrays: one beyond the session's limit is refused outright.
+        const std::size_t members = m_kind == IntegerSet ? value.IntSet().Size() : value.StrSet().Size();
+        const std::size_t limit = VX_Session::Current().ElementLimit();
+        if (members > limit)
+            problem = "has " + std::to_string(members) + " members, more than the limit of " + std::to_string(limit) +
+                      " array elements";
+    }
     if (!problem.empty()) {
         if (why) *why = problem;
         return VX_AS_REFUSED;
