@@ -137,9 +137,16 @@ void Flowsheet::SetUp(const FlowsheetDocument& doc) {
             progressed = true;
         }
         unsigned long long shape = 0;
-        for (Block& block : m_blocks) {
-            block.model->SetDims();
-            const int status = block.model->ExecuteAssignments(kAssignmentLevel, VX_CTX_MODEL);
+        for (std::size_t b = 0; b < m_blocks.size(); ++b) {
+            Block& block = m_blocks[b];
+            int status = 0;
+            try {
+                block.model->SetDims();
+                status = block.model->ExecuteAssignments(kAssignmentLevel, VX_CTX_MODEL);
+            } catch (const VX_SizeLimitError& e) {
+                // The block's own assignments size arrays from the file's values (NPTS and the like).
+                throw InputError(doc.blocks[b].pointer, "block " + block.name + ": " + e.what() + kSizeLimitHint, doc.blocks[b].pos);
+            }
             if (status < 0)
                 throw ModelFailure("block " + block.name + " (" + block.type + "): ExecuteAssignments failed with status " +
                                    std::to_string(status) + " (" + VX_StatusMessage(status) + ")");

@@ -15,6 +15,7 @@
 #include "flowsheet/equation_system.hpp"
 #include "flowsheet/flowsheet.hpp"
 #include "flowsheet/flowsheet_commands.hpp"
+#include "flowsheet/json_document.hpp"
 #include "models/unitops/rplug_tcool.hpp"
 #include "models/unitops/rplug_tcool1.hpp"
 
