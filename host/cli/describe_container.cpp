@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "errors.hpp"
+#include "flowsheet/input_error.hpp"
 #include "frame/registry.hpp"
 #include "model_library.hpp"
 #include "property_inspection.hpp"
@@ -90,6 +91,9 @@ private:
         int result = 0;
         try {
             result = op();
+        } catch (const VX_SizeLimitError& e) {
+            // The user's values asked for more array elements than the limit: their input, not the model.
+            throw BadInput(std::string(m_entry.name) + ": " + operation + ": " + e.what() + zx::flowsheet::kSizeLimitHint);
         } catch (const std::exception& e) {
             throw HostFailure(std::string(m_entry.name) + ": " + operation + " failed: " + e.what());
         }
