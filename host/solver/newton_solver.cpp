@@ -306,6 +306,7 @@ void NewtonRun::iterate() {
     sys_.residuals(x_.data(), r_.data());
     ++res_.residual_evaluations;
     if (const int i = first_non_finite(r_.data(), n_); i >= 0) {
+        res_.residual_norm = std::fabs(r_[i]);   // not finite: never reported as a norm of 0
         return finish(SolveStatus::NonFiniteResidual,
                       "equation " + std::to_string(i) + " gives " + fmt(r_[i]) + " at the starting point");
     }
