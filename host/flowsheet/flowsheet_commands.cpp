@@ -29,6 +29,7 @@ std::optional<Prepared> Prepare(const std::string& file, const BlockCreator& cre
     try {
         doc = ReadFlowsheetFile(file);
         p.sheet = Flowsheet::Build(doc, create);
+        doc = FlowsheetDocument();   // applied: its memory is given back before the equations take theirs
         p.system = std::make_unique<EquationSystem>(*p.sheet);
         return p;
     } catch (InputError& e) {

@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <initializer_list>
+#include <span>
 #include <memory>
 #include <unordered_map>
 
@@ -34,6 +34,38 @@ std::string PathKey(std::string_view path) {
     return out;
 }
 
+// Finds the earlier entry that names the same property as a new one. Most blocks set a few
+// properties, compared pair by pair without making anything; many are indexed by key.
+class SeenPaths {
+public:
+    // The position of an earlier path naming the same property as path, or npos; path is
+    // then remembered at position k.
+    std::size_t Add(const std::vector<SetEntry>& earlier, const std::string& path, std::size_t k) {
+        constexpr std::size_t kPairwise = 16;
+        if (earlier.size() < kPairwise) {
+            for (std::size_t i = 0; i < earlier.size(); ++i)
+                if (Same(earlier[i].path, path)) return i;
+            return std::string::npos;
+        }
+        if (m_index.empty())
+            for (std::size_t i = 0; i < earlier.size(); ++i) m_index.emplace(PathKey(earlier[i].path), i);
+        auto [it, added] = m_index.emplace(PathKey(path), k);
+        return added ? std::string::npos : it->second;
+    }
+
+private:
+    static bool Same(std::string_view a, std::string_view b) {
+        std::size_t i = 0, j = 0;
+        for (;;) {
+            while (i < a.size() && (a[i] == ' ' || a[i] == '\t')) ++i;
+            while (j < b.size() && (b[j] == ' ' || b[j] == '\t')) ++j;
+            if (i == a.size() || j == b.size()) return i == a.size() && j == b.size();
+            if (std::toupper(static_cast<unsigned char>(a[i++])) != std::toupper(static_cast<unsigned char>(b[j++]))) return false;
+        }
+    }
+    std::unordered_map<std::string, std::size_t> m_index;
+};
+
 // Block names become the first part of "R1.T_COOL", so they may not contain path syntax.
 bool ValidBlockName(const std::string& name) {
     if (name.empty()) return false;
@@ -45,7 +77,7 @@ bool ValidBlockName(const std::string& name) {
 // The keys an object of the file may hold; each at most once.
 class KnownKeys {
 public:
-    KnownKeys(std::initializer_list<const char*> keys, const char* what) : m_keys(keys), m_what(what) {}
+    KnownKeys(std::span<const char* const> keys, const char* what) : m_keys(keys), m_what(what) {}
 
     // The key's number in the list; refuses an unknown or repeated key.
     std::size_t Take(const std::string& key, const std::string& pointer, SourcePos at) {
@@ -63,7 +95,7 @@ public:
     bool Seen(std::size_t k) const { return (m_seen & (1u << k)) != 0; }
 
 private:
-    std::vector<const char*> m_keys;
+    std::span<const char* const> m_keys;
     const char* m_what;
     unsigned m_seen = 0;
 };
@@ -151,15 +183,14 @@ void ReadComponentLists(JsonReader& reader, FlowsheetDocument& doc) {
 std::vector<SetEntry> ReadSets(JsonReader& reader, const std::string& pointer, const char* what) {
     EnterObject(reader, pointer, what);
     std::vector<SetEntry> sets;
-    std::unordered_map<std::string, std::size_t> seen;
+    SeenPaths seen;
     std::string path;
     SourcePos keyAt;
     while (reader.NextKey(path, keyAt)) {
         std::string at = PointerChild(pointer, path);
         if (path.empty()) throw InputError(at, "empty property path", keyAt);
-        auto [it, added] = seen.emplace(PathKey(path), sets.size());
-        if (!added) {
-            const SetEntry& first = sets[it->second];
+        if (const std::size_t earlier = seen.Add(sets, path, sets.size()); earlier != std::string::npos) {
+            const SetEntry& first = sets[earlier];
             throw InputError(at, first.path == path
                                      ? "\"" + VX_BriefText(path) + "\" is given twice (first at " + first.pos.Text() + ")"
                                      : "\"" + VX_BriefText(path) + "\" names the same property as \"" + VX_BriefText(first.path) +
@@ -179,7 +210,8 @@ std::vector<SetEntry> ReadSets(JsonReader& reader, const std::string& pointer, c
 void ReadBlock(JsonReader& reader, BlockSpec& block) {
     const std::string& at = block.pointer;
     EnterObject(reader, at, "an object with \"type\" and \"set\"");
-    KnownKeys keys({"type", "components", "set", "description", "ports"}, "a block");
+    static constexpr const char* kKeys[] = {"type", "components", "set", "description", "ports"};
+    KnownKeys keys(kKeys, "a block");
     std::string key;
     SourcePos keyAt;
     while (reader.NextKey(key, keyAt)) {
@@ -260,7 +292,8 @@ FlowsheetDocument ReadDocument(JsonReader& reader) {
     if (reader.Next() != JsonReader::Token::Object)
         Wrong("", "an object with \"components\", \"globals\" and \"blocks\"", InputValue::Read(reader));
     reader.EnterObject();
-    KnownKeys keys({"version", "description", "components", "globals", "blocks", "connections"}, "a flowsheet");
+    static constexpr const char* kKeys[] = {"version", "description", "components", "globals", "blocks", "connections"};
+    KnownKeys keys(kKeys, "a flowsheet");
     FlowsheetDocument doc;
     std::string key;
     SourcePos keyAt;

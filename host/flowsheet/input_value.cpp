@@ -9,12 +9,11 @@
 
 namespace zx::flowsheet {
 
-struct InputValue::Composite {
+struct InputValue::ListParts {
     std::vector<double> numbers;
     std::vector<SourcePos> numberPos;
     std::vector<bool> integers;   // per number: written as an integer
     std::vector<InputValue> items;
-    std::vector<InputMember> members;
 };
 
 namespace {
@@ -22,7 +21,6 @@ namespace {
 const std::vector<double> kNoNumbers;
 const std::vector<SourcePos> kNoPositions;
 const std::vector<InputValue> kNoItems;
-const std::vector<InputMember> kNoMembers;
 
 // Up to this many members, a repeated key is found by comparing pairs; beyond, by hashing.
 constexpr std::size_t kPairwiseKeys = 16;
@@ -66,9 +64,9 @@ InputValue::InputValue(InputValue&&) noexcept = default;
 InputValue& InputValue::operator=(InputValue&&) noexcept = default;
 InputValue::~InputValue() = default;
 
-InputValue::Composite& InputValue::Parts() {
-    if (!m_parts) m_parts = std::make_unique<Composite>();
-    return *m_parts;
+InputValue::ListParts& InputValue::List() {
+    if (!m_list) m_list = std::make_unique<ListParts>();
+    return *m_list;
 }
 
 bool InputValue::IsInt32() const {
@@ -76,20 +74,20 @@ bool InputValue::IsInt32() const {
 }
 
 std::size_t InputValue::Size() const {
-    if (!m_parts) return 0;
-    return m_kind == Kind::Object ? m_parts->members.size()
-                                  : (m_parts->items.empty() ? m_parts->numbers.size() : m_parts->items.size());
+    if (m_kind == Kind::Object) return m_members.size();
+    if (!m_list) return 0;
+    return m_list->items.empty() ? m_list->numbers.size() : m_list->items.size();
 }
 
-bool InputValue::IsNumberList() const { return m_kind == Kind::List && m_parts && !m_parts->numbers.empty(); }
-const std::vector<double>& InputValue::Numbers() const { return m_parts ? m_parts->numbers : kNoNumbers; }
-const std::vector<SourcePos>& InputValue::NumberPositions() const { return m_parts ? m_parts->numberPos : kNoPositions; }
-bool InputValue::IsIntegerItem(std::size_t k) const { return m_parts->integers[k]; }
-const std::vector<InputValue>& InputValue::Items() const { return m_parts ? m_parts->items : kNoItems; }
-const std::vector<InputMember>& InputValue::Members() const { return m_parts ? m_parts->members : kNoMembers; }
+bool InputValue::IsNumberList() const { return m_list && !m_list->numbers.empty(); }
+const std::vector<double>& InputValue::Numbers() const { return m_list ? m_list->numbers : kNoNumbers; }
+const std::vector<SourcePos>& InputValue::NumberPositions() const { return m_list ? m_list->numberPos : kNoPositions; }
+bool InputValue::IsIntegerItem(std::size_t k) const { return m_list->integers[k]; }
+const std::vector<InputValue>& InputValue::Items() const { return m_list ? m_list->items : kNoItems; }
+const std::vector<InputMember>& InputValue::Members() const { return m_members; }
 
 InputValue InputValue::NumberItem(std::size_t k) const {
-    return MakeNumber(m_parts->numbers[k], m_parts->integers[k], m_parts->numberPos[k]);
+    return MakeNumber(m_list->numbers[k], m_list->integers[k], m_list->numberPos[k]);
 }
 
 const InputValue* InputValue::Find(std::string_view key) const {
@@ -143,14 +141,14 @@ void InputValue::AppendBrief(std::string& out) const {
         for (std::size_t k = 0; k < Size() && k < kItems; ++k) {
             if (k) out += ", ";
             if (IsNumberList()) NumberItem(k).AppendBrief(out);
-            else m_parts->items[k].AppendBrief(out);
+            else m_list->items[k].AppendBrief(out);
         }
         out += Size() > kItems ? ", ...]" : "]";
         return;
     case Kind::Object:
         out += '{';
         for (std::size_t k = 0; k < Size() && k < kItems; ++k) {
-            const InputMember& m = m_parts->members[k];
+            const InputMember& m = m_members[k];
             out += (k ? ", \"" : "\"") + VX_BriefText(m.key, 30) + "\": ";
             m.value.AppendBrief(out);
         }
@@ -190,7 +188,7 @@ InputValue InputValue::Read(JsonReader& reader) {
 
 void InputValue::ReadList(JsonReader& reader) {
     m_kind = Kind::List;
-    Composite& p = Parts();
+    ListParts& p = List();
     reader.EnterList();
     bool numbers = true;   // every item so far is a number held in p.numbers
     // A list of other things: the numbers so far become items like any other.
@@ -226,12 +224,11 @@ void InputValue::ReadList(JsonReader& reader) {
 
 void InputValue::ReadObject(JsonReader& reader) {
     m_kind = Kind::Object;
-    Composite& p = Parts();
     reader.EnterObject();
     std::string key;
     SourcePos keyAt;
-    while (reader.NextKey(key, keyAt)) p.members.push_back(InputMember{key, keyAt, Read(reader)});
-    RefuseRepeatedKeys(p.members);
+    while (reader.NextKey(key, keyAt)) m_members.push_back(InputMember{key, keyAt, Read(reader)});
+    RefuseRepeatedKeys(m_members);
 }
 
 }  // namespace zx::flowsheet

@@ -67,8 +67,8 @@ public:
     static InputValue MakeNumber(double value, bool integer, SourcePos pos);
 
 private:
-    struct Composite;
-    Composite& Parts();
+    struct ListParts;
+    ListParts& List();
     void AppendBrief(std::string& out) const;
     void ReadList(JsonReader& reader);
     void ReadObject(JsonReader& reader);
@@ -77,7 +77,8 @@ private:
     SourcePos m_pos;
     double m_number = 0.0;
     std::string m_text;
-    std::unique_ptr<Composite> m_parts;   // lists and objects
+    std::unique_ptr<ListParts> m_list;    // lists
+    std::vector<InputMember> m_members;   // objects
 };
 
 struct InputMember {
