@@ -5,6 +5,7 @@
 #include <cmath>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "zorexp/set_value.hpp"
@@ -21,26 +22,22 @@ std::string_view Trim(std::string_view s) {
 
 constexpr const char* kIntegerRange = "outside the range of integers (-2147483648 to 2147483647)";
 
-// An integer of 32 bits; digits beyond that range are refused with *problem set.
-bool ReadInteger(std::string_view s, int& out, std::string* problem) {
+// A number of type T: an integer of 32 bits, or a real number in decimal or exponent form
+// ("2.5", "-1e-3"; "inf" and "nan" too: the assignment says what it thinks of those). Text of
+// the right form beyond T's range sets *problem.
+template <class T>
+bool ReadNumber(std::string_view s, T& out, std::string* problem) {
     s = Trim(s);
     if (!s.empty() && s.front() == '+') s.remove_prefix(1);
     auto [ptr, ec] = std::from_chars(s.data(), s.data() + s.size(), out);
-    if (!s.empty() && ec == std::errc::result_out_of_range && ptr == s.data() + s.size() && problem)
-        *problem = "integer " + VX_BriefText(s) + " is " + kIntegerRange;
-    return !s.empty() && ec == std::errc() && ptr == s.data() + s.size();
+    const bool whole = !s.empty() && ptr == s.data() + s.size();
+    if (whole && ec == std::errc::result_out_of_range && problem)
+        *problem = std::is_integral_v<T> ? "integer " + VX_BriefText(s) + " is " + kIntegerRange
+                                         : "number " + VX_BriefText(s) + " cannot be held as a real number (about 4.9e-324 to 1.8e308)";
+    return whole && ec == std::errc();
 }
-
-// A real number in decimal or exponent form ("2.5", "-1e-3", "inf" and "nan" too: the
-// assignment says what it thinks of those); beyond the range of a double, *problem is set.
-bool ReadReal(std::string_view s, double& out, std::string* problem) {
-    s = Trim(s);
-    if (!s.empty() && s.front() == '+') s.remove_prefix(1);
-    auto [ptr, ec] = std::from_chars(s.data(), s.data() + s.size(), out);
-    if (!s.empty() && ec == std::errc::result_out_of_range && ptr == s.data() + s.size() && problem)
-        *problem = "number " + VX_BriefText(s) + " cannot be held as a real number (about 4.9e-324 to 1.8e308)";
-    return !s.empty() && ec == std::errc() && ptr == s.data() + s.size();
-}
+bool ReadInteger(std::string_view s, int& out, std::string* problem) { return ReadNumber(s, out, problem); }
+bool ReadReal(std::string_view s, double& out, std::string* problem) { return ReadNumber(s, out, problem); }
 
 std::vector<std::string_view> SplitCommas(std::string_view s) {
     std::vector<std::string_view> parts;

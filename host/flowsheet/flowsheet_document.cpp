@@ -9,6 +9,7 @@
 #include <span>
 #include <memory>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "flowsheet/input_error.hpp"
 
@@ -161,21 +162,34 @@ ComponentListSpec ReadComponentList(const std::string& name, const InputValue& e
     return list;
 }
 
-void ReadComponentLists(JsonReader& reader, FlowsheetDocument& doc) {
-    const std::string pointer = "/components";
-    EnterObject(reader, pointer, "an object of named component lists");
-    std::unordered_map<std::string, std::string> seen;
+// A section of named entries (component lists, blocks): each name is checked (refusal: the
+// reason, or empty), names may not repeat without regard to case, and read(name, pointer,
+// keyAt) reads the entry's value.
+template <class Refusal, class Read>
+void ReadNamed(JsonReader& reader, const std::string& pointer, const char* expected, const char* what, Refusal refusal,
+               Read read) {
+    EnterObject(reader, pointer, expected);
+    std::unordered_set<std::string> seen;
     std::string name;
     SourcePos keyAt;
     while (reader.NextKey(name, keyAt)) {
         const std::string at = PointerChild(pointer, name);
-        if (name.empty()) throw InputError(at, "a component list needs a name", keyAt);
-        if (!seen.emplace(Upper(name), name).second)
-            throw InputError(at, "component list \"" + VX_BriefText(name) +
+        if (const std::string why = refusal(name); !why.empty()) throw InputError(at, why, keyAt);
+        if (!seen.insert(Upper(name)).second)
+            throw InputError(at, std::string(what) + " \"" + VX_BriefText(name) +
                                      "\" is defined twice (names are compared without regard to case)", keyAt);
-        doc.componentLists.push_back(ReadComponentList(name, InputValue::Read(reader), at));
-        doc.componentLists.back().pos = keyAt;
+        read(name, at, keyAt);
     }
+}
+
+void ReadComponentLists(JsonReader& reader, FlowsheetDocument& doc) {
+    ReadNamed(
+        reader, "/components", "an object of named component lists", "component list",
+        [](const std::string& name) { return name.empty() ? std::string("a component list needs a name") : std::string(); },
+        [&](const std::string& name, const std::string& at, SourcePos keyAt) {
+            doc.componentLists.push_back(ReadComponentList(name, InputValue::Read(reader), at));
+            doc.componentLists.back().pos = keyAt;
+        });
 }
 
 // An object of property paths (or global names) and values; a path given twice, even in
@@ -250,22 +264,18 @@ void ReadBlock(JsonReader& reader, BlockSpec& block) {
 }
 
 void ReadBlocks(JsonReader& reader, FlowsheetDocument& doc) {
-    const std::string pointer = "/blocks";
     const SourcePos sectionAt = (reader.Next(), reader.Position());
-    EnterObject(reader, pointer, "an object of named blocks");
-    std::unordered_map<std::string, std::size_t> seen;
-    std::string name;
-    SourcePos keyAt;
-    while (reader.NextKey(name, keyAt)) {
-        const std::string at = PointerChild(pointer, name);
-        if (!ValidBlockName(name))
-            throw InputError(at, "block name \"" + VX_BriefText(name) + "\" may hold only letters, digits, '_' and '-'", keyAt);
-        if (!seen.emplace(Upper(name), doc.blocks.size()).second)
-            throw InputError(at, "block \"" + name + "\" is defined twice (names are compared without regard to case)", keyAt);
-        doc.blocks.push_back(BlockSpec{name, {}, {}, {}, at, keyAt, {}, {}});
-        ReadBlock(reader, doc.blocks.back());
-    }
-    if (doc.blocks.empty()) throw InputError(pointer, "the flowsheet has no blocks", sectionAt);
+    ReadNamed(
+        reader, "/blocks", "an object of named blocks", "block",
+        [](const std::string& name) {
+            return ValidBlockName(name) ? std::string()
+                                        : "block name \"" + VX_BriefText(name) + "\" may hold only letters, digits, '_' and '-'";
+        },
+        [&](const std::string& name, const std::string& at, SourcePos keyAt) {
+            doc.blocks.push_back(BlockSpec{name, {}, {}, {}, at, keyAt, {}, {}});
+            ReadBlock(reader, doc.blocks.back());
+        });
+    if (doc.blocks.empty()) throw InputError("/blocks", "the flowsheet has no blocks", sectionAt);
 }
 
 // Blocks may name a component list the file defines after them.

@@ -113,18 +113,23 @@ void JsonReader::Expect(char c, const char* what) {
     ++m_at;
 }
 
-bool JsonReader::NextKey(std::string& key, SourcePos& keyAt) {
+bool JsonReader::Continues(char close, const char* expected) {
     SkipSpace();
-    const bool first = m_first.back();
-    if (m_at < m_text.size() && m_text[m_at] == '}') {
+    if (m_at < m_text.size() && m_text[m_at] == close) {
         ++m_at;
         m_first.pop_back();
         return false;
     }
-    if (!first) {
-        Expect(',', "',' or '}' after a member of an object");
+    if (!m_first.back()) {
+        Expect(',', expected);
         SkipSpace();
     }
+    return true;
+}
+
+bool JsonReader::NextKey(std::string& key, SourcePos& keyAt) {
+    const bool first = m_first.back();
+    if (!Continues('}', "',' or '}' after a member of an object")) return false;
     if (m_at >= m_text.size() || m_text[m_at] != '"') SyntaxError(first ? "a key in double quotes or '}'" : "a key in double quotes");
     m_first.back() = false;
     keyAt = Position();
@@ -134,18 +139,9 @@ bool JsonReader::NextKey(std::string& key, SourcePos& keyAt) {
 }
 
 bool JsonReader::NextItem() {
-    SkipSpace();
     const bool first = m_first.back();
-    if (m_at < m_text.size() && m_text[m_at] == ']') {
-        ++m_at;
-        m_first.pop_back();
-        return false;
-    }
-    if (!first) {
-        Expect(',', "',' or ']' after an item of a list");
-        SkipSpace();
-        if (m_at < m_text.size() && m_text[m_at] == ']') SyntaxError("a value after ','");
-    }
+    if (!Continues(']', "',' or ']' after an item of a list")) return false;
+    if (!first && m_at < m_text.size() && m_text[m_at] == ']') SyntaxError("a value after ','");
     m_first.back() = false;
     return true;
 }

@@ -42,6 +42,7 @@ public:
     Token Next();
     // Where the next value starts, once Next has found it; otherwise where reading stands.
     SourcePos Position() const { return PositionAt(m_at); }
+    // The position of a byte on the line being read.
     SourcePos PositionAt(std::size_t offset) const;
 
     // An object: Enter, then NextKey until it returns false; after each key, read its value.
@@ -75,6 +76,9 @@ private:
     void SkipSpace();
     void Descend();
     void Expect(char c, const char* what);
+    // False at the close of the open object or list (closing it); otherwise true, past the
+    // comma that must separate what follows from what came before.
+    bool Continues(char close, const char* expected);
     void ReadLiteral(std::string_view word);
     void ReadTextSlow(std::string& out);
     void ReadEscape(std::string& out);

@@ -1,6 +1,5 @@
 #include "flowsheet/set_application.hpp"
 
-#include <charconv>
 #include <optional>
 
 #include "flowsheet/flowsheet_document.hpp"
@@ -126,17 +125,9 @@ void ApplyList(VX_Matrix& array, const InputValue& list, const Site& site) {
     });
 }
 
-// The element an index text names: looked up directly for one integer or text index, through
-// the path for anything else ("A,1").
+// The element an index text names ("3", "A", "A,1"), as the path of the element from the
+// block resolves it.
 VX_Type* FindElement(VX_Matrix& array, const std::string& index, std::string& problem) {
-    if (auto* ints = dynamic_cast<VX_BASE_I*>(&array)) {
-        int i = 0;
-        const auto [end, ec] = std::from_chars(index.data(), index.data() + index.size(), i);
-        if (ec == std::errc() && end == index.data() + index.size())
-            if (VX_Type* e = ints->Find(i)) return e;
-    } else if (auto* texts = dynamic_cast<VX_BASE_S*>(&array)) {
-        if (VX_Type* e = texts->Find(index.c_str())) return e;
-    }
     VX_Type* top = &array;
     while (top->Owner()) top = top->Owner();
     auto found = zorexp_cli::ResolvePath(*top, array.Path() + "(" + index + ")");
@@ -171,11 +162,9 @@ void ApplyAttributes(VX_Matrix& array, const InputValue& object, const Site& sit
         for (int k = 0; k < array.Size(); ++k) {
             VX_Type* e = array.At(k);
             if (!e) continue;
-            Site element = at;
+            Site element = at;   // named as the element, located at the attribute
             element.array = &array;
             element.position = k;
-            element.parent = &site;   // the name is the element's; the pointer stays at the attribute
-            element.key = a.key;
             if (!e->IsValue()) Fault(element, element.Name() + " is not a variable or parameter: it has no " + a.key);
             auto& target = static_cast<VX_VarParam&>(*e);
             if (perElement) {
