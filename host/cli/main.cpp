@@ -3,6 +3,7 @@
 // through the container protocol, or a variable or parameter type with its effective
 // defaults), and sets up, analyses and solves flowsheets of the library's types.
 #include <cerrno>
+#include <csignal>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -105,6 +106,8 @@ int CheckStandardOutput(int status) {
 
 int main(int argc, char** argv) {
     InstallOutOfMemoryReserve();
+    // A closed pipe is a failed write like any other: reported, not a silent death by signal.
+    std::signal(SIGPIPE, SIG_IGN);
     CLI::App app{"Lists and describes the types of the Morvanex220_1 model library, and solves flowsheets."};
     app.name("zorexp");
     app.require_subcommand(1);
@@ -117,7 +120,7 @@ int main(int argc, char** argv) {
     auto addLimit = [&](CLI::App* command) {
         command->add_option("--max-unknowns", maxUnknowns,
                             "At most this many array elements in all (default: what the memory available holds).")
-            ->check(CLI::Range(std::size_t{1}, VX_Session::kNoLimit));
+            ->check(CLI::PositiveNumber);
     };
 
     DescribeArgs args;

@@ -12,10 +12,10 @@
 namespace zorexp_cli {
 namespace {
 
-// A solved flowsheet holds about 300 bytes per array element (the element, its equations'
-// share of the Jacobian, the factorisation, the results); at 200 the limit refuses only what
-// could not fit, whatever the mix of arrays.
-constexpr std::size_t kBytesPerElement = 200;
+// A solved flowsheet holds about 300 bytes per array element at its peak (the element, its
+// equations' share of the Jacobian, the factorisation, the solver's vectors); 400 leaves room
+// for what else the process holds.
+constexpr std::size_t kBytesPerElement = 400;
 // Small flowsheets always run, however little memory is reported.
 constexpr std::size_t kFloorElements = 100000;
 constexpr std::size_t kUnknown = std::numeric_limits<std::size_t>::max();
