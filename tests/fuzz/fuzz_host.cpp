@@ -192,7 +192,7 @@ Tally RunInProcessCases(const HostCatalog& catalog, const Options& options) {
     void* library = ::dlopen(options.library.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!library) throw std::runtime_error("cannot load " + options.library);
     // Sizes beyond this are refused, as the command refuses what memory cannot hold.
-    VX_Session::SetDefaultElementLimit(200000);
+    VX_Session::SetDefaultElementLimit(20000);
     CaseGenerator generator(catalog, ExampleTexts(options.examples), options.seed ^ 0x5eed);
     Tally tally;
     for (std::size_t i = 0; i < options.readerCases; ++i) {
