@@ -71,6 +71,15 @@ private:
     std::string m_path;
 };
 
+// Files beside path named as its temporary files are (".NAME.XXXXXX").
+inline int TemporaryFilesBeside(const std::string& path) {
+    const std::filesystem::path p(path);
+    int n = 0;
+    for (const auto& e : std::filesystem::directory_iterator(p.parent_path()))
+        n += e.path().filename().string().rfind("." + p.filename().string() + ".", 0) == 0;
+    return n;
+}
+
 // One RPLUG_TCOOL1 block named C1 with CTYPE "TCool-Spec" over points 0..npts; extra is
 // spliced into its "set" object.
 inline std::string HeatFluxSheet(int npts, const std::string& extra) {

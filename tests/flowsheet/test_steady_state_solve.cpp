@@ -101,15 +101,6 @@ TEST(SteadyStateSolve, AnalyseAloneSolvesNothing) {
 namespace zx::flowsheet {
 namespace {
 
-// Files in the folder of path whose names start with its own name's temporary prefix.
-int TemporaryFilesBeside(const std::string& path) {
-    const std::filesystem::path p(path);
-    int n = 0;
-    for (const auto& e : std::filesystem::directory_iterator(p.parent_path()))
-        n += e.path().filename().string().rfind("." + p.filename().string() + ".", 0) == 0;
-    return n;
-}
-
 TEST(SteadyStateSolve, AFailedSolveWritesNoCsvAndMarksItsResults) {
     testing::TempFile file(kFitU);
     testing::TempFile csvFile("results of an earlier run\n", ".csv");
@@ -121,7 +112,7 @@ TEST(SteadyStateSolve, AFailedSolveWritesNoCsvAndMarksItsResults) {
     std::ostringstream out, err;
     EXPECT_EQ(RunSolve(options, testing::CreateBlock, out, err), kExitNotConverged);
     EXPECT_EQ(ReadAll(csvFile.Path()), "results of an earlier run\n");   // left as it was
-    EXPECT_EQ(TemporaryFilesBeside(csvFile.Path()), 0);
+    EXPECT_EQ(testing::TemporaryFilesBeside(csvFile.Path()), 0);
     EXPECT_EQ(out.str().rfind("status: max_iterations (not converged; the values are the last iterate)\nK (RPLUG_TCOOL)\n", 0), 0u)
         << out.str();
 
@@ -130,7 +121,7 @@ TEST(SteadyStateSolve, AFailedSolveWritesNoCsvAndMarksItsResults) {
     std::ostringstream out2, err2;
     EXPECT_EQ(RunSolve(options, testing::CreateBlock, out2, err2), kExitOk) << err2.str();
     EXPECT_EQ(ReadAll(csvFile.Path()).rfind("block,path,value,unit,spec\n", 0), 0u);
-    EXPECT_EQ(TemporaryFilesBeside(csvFile.Path()), 0);
+    EXPECT_EQ(testing::TemporaryFilesBeside(csvFile.Path()), 0);
 }
 
 TEST(SteadyStateSolve, CsvPathsThatCannotHoldTheResultsAreRefusedBeforeReading) {
