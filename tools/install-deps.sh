@@ -7,4 +7,5 @@ apt-get install -y -qq --no-install-recommends \
   g++ cmake make binutils \
   libgtest-dev libgmock-dev libbenchmark-dev \
   libsuitesparse-dev libsundials-dev \
-  nlohmann-json3-dev libcli11-dev libfmt-dev >/dev/null
+  nlohmann-json3-dev libcli11-dev libfmt-dev \
+  python3 python3-iapws >/dev/null

@@ -1,9 +1,11 @@
-// RPLUG_TCOOL1 at scale (NPTS = 1e4, 1e5, 1e6, heating option "TCool-Spec"):
+// RPLUG_TCOOL1 (a class generated from its model description) at scale (NPTS = 1e4, 1e5, 1e6,
+// heating option "TCool-Spec"), driven as the host drives it, through the runtime's protocol
+// driver:
 //  - BM_Memory: bytes per scalar variable of the model (see MemoryInUse for the method);
 //  - BM_SetUp: time per equation of the host's path from `new VX_RPLUG_TCOOL1(true)` through
 //    JacPattern, with a linear fit over NPTS;
-//  - BM_Evaluate: Residuals + Jacobian time per equation, and its ratio to a hand-written loop
-//    over flat arrays that computes the same numbers, measured in the same process.
+//  - BM_Evaluate: Residuals + Jacobian time per equation through the driver, and its ratio to a
+//    hand-written loop over flat arrays that computes the same numbers, in the same process.
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 #include <unistd.h>
@@ -24,6 +26,7 @@ double Seconds(Clock::duration d) { return std::chrono::duration<double>(d).coun
 // equation numbering and the pattern (the host allocates rows and columns by the counts).
 struct Built {
     VX_RPLUG_TCOOL1* model = nullptr;
+    VX_ProtocolDriver driver;
     int equations = 0;
     std::vector<int> rows, cols;
     ~Built() { if (model) model->Release(); }
@@ -34,21 +37,18 @@ void Construct(Built& b, int npts) {
     b.model->AddRef();
     b.model->NPTS.AssignUser(VX_ATTR_VALUE, VX_Value(npts, 0));
     b.model->CTYPE.AssignUser(VX_ATTR_VALUE, VX_Value("TCool-Spec", 0));
-    b.model->SetDims();
-    b.model->ExecuteAssignments(10, VX_CTX_MODEL);
-    b.model->SetDims();
+    b.driver.AddBlock(*b.model);
+    b.driver.SetDims();
+    b.driver.ExecuteAssignments(10, VX_CTX_MODEL);
+    b.driver.SetDims();
 }
 
 void DeclareAndPattern(Built& b) {
-    VX_Session::Current().ResetNumbering();
-    b.model->SetUpEquations();
-    int nonzeros = 0;
-    b.model->CountEqnsAndNZs(b.equations, nonzeros);
-    b.rows.resize(static_cast<std::size_t>(nonzeros));
-    b.cols.resize(static_cast<std::size_t>(nonzeros));
-    int* r = b.rows.data();
-    int* c = b.cols.data();
-    b.model->JacPattern(r, c, nullptr);
+    b.driver.SetUpEquations();
+    b.equations = b.driver.Rows();
+    b.rows.resize(static_cast<std::size_t>(b.driver.Entries()));
+    b.cols.resize(static_cast<std::size_t>(b.driver.Entries()));
+    b.driver.JacPattern(b.rows.data(), b.cols.data());
 }
 
 int ScalarVariables(int npts) { return 3 * (npts + 1) + 2; }   // T_PROCESS, Q_FLUX, T_COOL_; U, T_COOL
@@ -165,8 +165,8 @@ void BM_Evaluate(benchmark::State& state) {
     Clock::duration model{}, flat{};
     for (auto _ : state) {
         auto t0 = Clock::now();
-        m.Residuals(r.data(), 0, 0);
-        m.Jacobian(v.data(), 0, 0);
+        b.driver.Residuals(r.data());
+        b.driver.Jacobian(v.data());
         benchmark::ClobberMemory();
         auto t1 = Clock::now();
         FlatResiduals(q.data(), tp.data(), m.T_COOL.fv(), m.U.fv(), rFlat.data(), n);

@@ -48,7 +48,7 @@ public:
 
     const TripletPattern& pattern() const override { return p_; }
 
-    void residuals(const double* x, double* r) override {
+    bool residuals(const double* x, double* r) override {
         const double m = x[2 * n_seg_];
         r[0] = x[0] - p_in_ - head_ + pump_b_ * m * std::fabs(m);
         r[1] = x[1] - t_in_;
@@ -58,9 +58,10 @@ public:
             r[2 * i + 1] = m * cp_ * (t - tp) - ua_ * (t_wall_ - 0.5 * (t + tp));
         }
         r[2 * n_seg_] = x[2 * n_seg_ - 2] - p_out_;
+        return true;
     }
 
-    void jacobian(const double* x, double* v) override {
+    bool jacobian(const double* x, double* v) override {
         const double m = x[2 * n_seg_];
         int k = 0;
         v[k++] = 1.0;                               // pump: p_0
@@ -77,6 +78,7 @@ public:
             v[k++] = cp_ * (t - tp);
         }
         v[k++] = 1.0;  // outlet
+        return true;
     }
 
     // Pressures at the outlet value, temperatures at the inlet value and the

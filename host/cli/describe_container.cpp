@@ -14,7 +14,7 @@ namespace zorexp_cli {
 namespace {
 
 // The level at which the described object runs its own assignments; its bases run theirs
-// one level lower each.
+// one level lower each, its members further down.
 constexpr int kTopLevel = 0;
 constexpr const char* kComponentListName = "Components";
 
@@ -25,91 +25,70 @@ using ObjectRef = std::unique_ptr<VX_Containable, ReleaseObject>;
 
 class ProtocolRun {
 public:
-    ProtocolRun(const VX_RegistryEntry& entry, VX_ModelType& model) : m_entry(entry), m_model(model) {}
+    ProtocolRun(const VX_RegistryEntry& entry, VX_ModelType& model) : m_entry(entry) { m_driver.AddBlock(model); }
 
-    // Sizes the arrays and runs the assignments. Arrays are sized over sets that the
-    // assignments make, and assignments may reach into array elements, so this runs twice;
-    // both operations keep what is already in place.
+    // Sizes the arrays and runs the assignments, of the object and what it contains. Arrays are
+    // sized over sets that the assignments make, and assignments may reach into array elements,
+    // so this runs twice; both operations keep what is already in place.
     void Dimension() {
         for (int pass = 0; pass < 2; ++pass) {
-            Run("SetDims", [&] { m_model.SetDims(); return 0; });
-            Run("ExecuteAssignments", [&] { return m_model.ExecuteAssignments(kTopLevel, VX_CTX_MODEL); });
+            Check(m_driver.SetDims());
+            Check(m_driver.ExecuteAssignments(kTopLevel, VX_CTX_MODEL));
         }
     }
 
-    std::vector<EquationReport> Equations() {
-        VX_Session& session = VX_Session::Current();
-        session.ResetNumbering();
-        Run("SetUpEquations", [&] { return m_model.SetUpEquations(); });
-        int equations = 0, nonzeros = 0;
-        Run("CountEqnsAndNZs", [&] { return m_model.CountEqnsAndNZs(equations, nonzeros); });
-
-        // The model writes its pattern without bounds checks: leave room to detect an overrun.
-        const std::size_t room = static_cast<std::size_t>(nonzeros) * 2 + 64;
-        std::vector<int> rows(room, -1), cols(room, -1);
-        int* r = rows.data();
-        int* c = cols.data();
-        Run("JacPattern", [&] { return m_model.JacPattern(r, c, nullptr); });
-        Expect("JacPattern", "pattern entries", static_cast<int>(r - rows.data()), nonzeros);
-
-        std::vector<double> residuals(static_cast<std::size_t>(equations) + 1);
-        std::vector<double> values(static_cast<std::size_t>(nonzeros) + 1);
-        Expect("Residuals", "residuals", Run("Residuals", [&] { return m_model.Residuals(residuals.data(), 0, 0); }), equations);
-        Expect("Jacobian", "Jacobian entries", Run("Jacobian", [&] { return m_model.Jacobian(values.data(), 0, 0); }), nonzeros);
-
-        // Groups are kept in declaration order, each with its count of equations.
-        std::vector<int> groupOfRow;
-        for (const auto& g : m_model.Groups()) groupOfRow.insert(groupOfRow.end(), static_cast<std::size_t>(g.equations), g.group);
-        Expect("SetUpEquations", "equations in its groups", static_cast<int>(groupOfRow.size()), equations);
+    // The equations, or why they cannot be set up with these settings.
+    std::vector<EquationReport> Equations(std::optional<std::string>& unavailable) {
+        if (m_driver.SetUpEquations() < 0) {
+            const VX_ProtocolDriver::Failure& f = m_driver.LastFailure();
+            if (f.status != VX_E_MODEL) Check(f.status);   // a size limit or a broken protocol, not the settings
+            unavailable = f.operation + " failed: " + f.message;
+            return {};
+        }
+        const int equations = m_driver.Rows(), nonzeros = m_driver.Entries();
+        std::vector<int> rows(static_cast<std::size_t>(nonzeros), -1), cols(static_cast<std::size_t>(nonzeros), -1);
+        Check(m_driver.JacPattern(rows.data(), cols.data()));
+        std::vector<double> residuals(static_cast<std::size_t>(equations));
+        std::vector<double> values(static_cast<std::size_t>(nonzeros));
+        Check(m_driver.Residuals(residuals.data()));
+        Check(m_driver.Jacobian(values.data()));
 
         std::vector<EquationReport> out(static_cast<std::size_t>(equations));
+        for (const VX_ProtocolDriver::Unit& u : m_driver.Units()) {
+            // Groups are kept in declaration order, each with its count of equations.
+            int row = u.firstRow;
+            for (const auto& g : u.object->Groups())
+                for (int k = 0; k < g.equations; ++k) out[static_cast<std::size_t>(row++)].group = g.group;
+        }
         for (int k = 0; k < equations; ++k) {
             EquationReport& e = out[static_cast<std::size_t>(k)];
-            const char* label = m_model.RowLabel(k);
+            const char* label = m_driver.RowLabel(k);
             e.label = label ? label : "";
-            e.group = groupOfRow[static_cast<std::size_t>(k)];
             e.residual = residuals[static_cast<std::size_t>(k)];
         }
-        const auto& columns = session.Columns();
-        for (int n = 0; n < nonzeros; ++n) {
-            const int row = rows[static_cast<std::size_t>(n)];
-            const int col = cols[static_cast<std::size_t>(n)];
-            if (row < 0 || row >= equations || col < 0 || col >= static_cast<int>(columns.size()) || !columns[static_cast<std::size_t>(col)])
-                throw HostFailure(std::string(m_entry.name) + ": JacPattern entry " + std::to_string(n) +
-                                  " lies outside the model's rows or columns");
-            out[static_cast<std::size_t>(row)].nonzeros.push_back(
-                {columns[static_cast<std::size_t>(col)]->Path(), values[static_cast<std::size_t>(n)]});
-        }
+        const auto& columns = VX_Session::Current().Columns();
+        for (int n = 0; n < nonzeros; ++n)
+            out[static_cast<std::size_t>(rows[static_cast<std::size_t>(n)])].nonzeros.push_back(
+                {columns[static_cast<std::size_t>(cols[static_cast<std::size_t>(n)])]->Path(),
+                 values[static_cast<std::size_t>(n)]});
         return out;
     }
 
 private:
-    // Runs one protocol operation; a negative result or an exception becomes a HostFailure
-    // naming the type and the operation.
-    template <class Operation>
-    int Run(const char* operation, Operation op) const {
-        int result = 0;
-        try {
-            result = op();
-        } catch (const VX_SizeLimitError& e) {
-            // The user's values asked for more array elements than the limit: their input, not the model.
-            throw BadInput(std::string(m_entry.name) + ": " + operation + ": " + e.what() + zx::flowsheet::kSizeLimitHint);
-        } catch (const std::exception& e) {
-            throw HostFailure(std::string(m_entry.name) + ": " + operation + " failed: " + e.what());
-        }
-        if (result < 0)
-            throw HostFailure(std::string(m_entry.name) + ": " + operation + " failed: " + VX_StatusMessage(result) +
-                              " (" + std::to_string(result) + ")");
-        return result;
-    }
-    void Expect(const char* operation, const char* what, int got, int declared) const {
-        if (got != declared)
-            throw HostFailure(std::string(m_entry.name) + ": " + operation + " gave " + std::to_string(got) + " " + what +
-                              " where SetUpEquations declared " + std::to_string(declared));
+    // A failure of the protocol (other than equations that cannot be set up) names the type,
+    // the member, the operation and why.
+    void Check(std::int32_t status) const {
+        if (status >= 0) return;
+        const VX_ProtocolDriver::Failure& f = m_driver.LastFailure();
+        std::string who = m_entry.name;
+        if (f.unit > 0) who += ", " + m_driver.Units()[static_cast<std::size_t>(f.unit)].object->Path();
+        // An array larger than the limit comes from the user's values: their input, not the model.
+        if (f.status == VX_E_SIZE_LIMIT) throw BadInput(who + ": " + f.operation + ": " + f.message + zx::flowsheet::kSizeLimitHint);
+        throw HostFailure(who + ": " + f.operation + " failed: " + f.message);
     }
 
     const VX_RegistryEntry& m_entry;
-    VX_ModelType& m_model;
+    VX_ProtocolDriver m_driver;
 };
 
 }  // namespace
@@ -139,9 +118,11 @@ ContainerReport DescribeContainer(const VX_RegistryEntry& entry, const Container
         run.Dimension();
     }
 
-    ContainerReport report{entry.name, entry.containerId, entry.kind, entry.base, entry.modelled, {}, {}};
-    report.equations = run.Equations();
+    ContainerReport report{entry.name, entry.containerId, entry.kind, entry.base, entry.modelled, {}, {}, {}, {}};
+    report.equations = run.Equations(report.equationsUnavailable);
     report.properties = InspectProperties(*model);
+    for (const VX_Refusal& r : VX_Session::Current().Refusals())
+        report.refusals.push_back(RefusalReport{r.path, r.attribute, r.value, r.reason, r.ordinal});
     return report;
 }
 

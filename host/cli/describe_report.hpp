@@ -42,12 +42,21 @@ struct EquationReport {
     std::vector<NonzeroReport> nonzeros;
 };
 
+// A model assignment the runtime refused: the property kept its value.
+struct RefusalReport {
+    std::string property, attribute, value, reason;
+    int statement;
+};
+
 // `describe` of a container type.
 struct ContainerReport {
     std::string type, id, kind, base;
     bool defined;
     std::vector<PropertyReport> properties;
     std::vector<EquationReport> equations;
+    // Why the equations could not be set up with these settings (they are then not listed).
+    std::optional<std::string> equationsUnavailable;
+    std::vector<RefusalReport> refusals;
 };
 
 // `describe` of a variable or parameter type.

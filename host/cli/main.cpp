@@ -16,12 +16,14 @@
 
 #include <CLI/CLI.hpp>
 
+#include "components_command.hpp"
 #include "describe.hpp"
 #include "errors.hpp"
 #include "flowsheet/flowsheet_commands.hpp"
 #include "memory_budget.hpp"
 #include "model_library.hpp"
 #include "out_of_memory.hpp"
+#include "procedures_listing.hpp"
 #include "report_json.hpp"
 #include "report_table.hpp"
 #include "types_listing.hpp"
@@ -133,6 +135,11 @@ int main(int argc, char** argv) {
     describe->add_flag("--json", json, "Print JSON.");
     addLimit(describe);
 
+    std::string procedureName;
+    auto* procedures = app.add_subcommand("procedures", "List the procedure declarations and whether their routines are found.");
+    procedures->add_option("NAME", procedureName, "One declaration, with or without VXProc_.");
+    procedures->add_flag("--json", json, "Print JSON.");
+
     zx::flowsheet::SolveCommandOptions solveOptions;
     auto* solve = app.add_subcommand("solve", "Set up, analyse and solve a flowsheet file (steady state).");
     solve->add_option("FLOWSHEET", solveOptions.file, "Flowsheet file (JSON).")->required();
@@ -154,12 +161,17 @@ int main(int argc, char** argv) {
     check->add_option("FLOWSHEET", checkOptions.file, "Flowsheet file (JSON).")->required();
     addLimit(check);
 
+    std::string componentId;
+    auto* components = app.add_subcommand("components", "List the component database, or one component with every value, unit and source.");
+    components->add_option("ID", componentId, "Component id or alias (any case).");
+    components->add_flag("--json", json, "Print JSON.");
+
     if (argc > 1 && argv[1][0] != '-') {
         bool known = false;
-        for (auto* sub : {types, describe, solve, analyse, check}) known = known || sub->check_name(argv[1]);
+        for (auto* sub : {types, describe, procedures, solve, analyse, check, components}) known = known || sub->check_name(argv[1]);
         if (!known) {
             Fail(std::string("unknown command \"") + VX_BriefText(argv[1]) +
-                 "\" (the commands are types, describe, solve, analyse and check-jacobian)");
+                 "\" (the commands are types, describe, procedures, solve, analyse, check-jacobian and components)");
             return kExitBadInput;
         }
     }
@@ -191,6 +203,12 @@ int main(int argc, char** argv) {
             else status = zx::flowsheet::RunCheckJacobian(checkOptions, create, std::cout, std::cerr);
         } else if (types->parsed()) {
             Emit(ListTypes(), json);
+        } else if (procedures->parsed()) {
+            const bool single = !procedureName.empty();
+            const auto listing = ListProcedures(procedureName);
+            Print(json ? ProceduresJson(listing, single).dump(2) + "\n" : ProceduresText(listing, single));
+        } else if (components->parsed()) {
+            Print(ComponentsReport(componentId, json));
         } else {
             CheckText("TYPE", args.type);
             const DescribeResult result = Describe(args.type, MakeRequest(args));

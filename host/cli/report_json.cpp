@@ -65,6 +65,13 @@ Json ToJson(const ContainerReport& r) {
         for (const NonzeroReport& n : e.nonzeros) nz.push_back(Json{{"variable", n.variable}, {"jacobian", n.jacobian}});
         eqs.push_back(std::move(eq));
     }
+    if (r.equationsUnavailable) j["equations_unavailable"] = *r.equationsUnavailable;
+    if (!r.refusals.empty()) {
+        Json& list = j["refused_assignments"] = Json::array();
+        for (const RefusalReport& x : r.refusals)
+            list.push_back(Json{{"property", x.property}, {"attribute", x.attribute}, {"value", x.value},
+                                {"reason", x.reason}, {"statement", x.statement}});
+    }
     return j;
 }
 

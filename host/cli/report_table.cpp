@@ -86,7 +86,15 @@ std::string ToText(const ContainerReport& r) {
             else eqs.AddRow({"", "", "", "", z.variable, Text(z.jacobian)});
         }
     }
-    out += "\nEquations\n" + (eqs.Empty() ? std::string("(none)\n") : eqs.Render());
+    if (r.equationsUnavailable)
+        out += "\nEquations\nnot available with these settings: " + *r.equationsUnavailable + "\n";
+    else
+        out += "\nEquations\n" + (eqs.Empty() ? std::string("(none)\n") : eqs.Render());
+    if (!r.refusals.empty()) {
+        out += "\nRefused assignments (the property kept its value)\n";
+        for (const RefusalReport& x : r.refusals)
+            out += fmt::format("  statement {}: {} {} := {}: {}\n", x.statement, x.property, x.attribute, x.value, x.reason);
+    }
     return out;
 }
 

@@ -1,6 +1,7 @@
 #include "flowsheet/flowsheet.hpp"
 
 #include <algorithm>
+#include <cctype>
 #include <list>
 
 #include "paths/property_paths.hpp"
@@ -21,6 +22,12 @@ struct Pending {
     std::size_t block;
     const SetEntry* entry;
 };
+
+// Block names are compared without regard to case.
+std::string NameKey(std::string name) {
+    for (char& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return name;
+}
 
 VX_Type* Dereference(VX_Type* t) {
     if (auto* g = dynamic_cast<VX_GlobalBase*>(t)) return g->Target() ? g->Target() : t;
@@ -55,7 +62,9 @@ Flowsheet::Flowsheet() : m_session(std::make_unique<VX_Session>()) {
 }
 
 Flowsheet::~Flowsheet() {
-    // Blocks go first, while their session is current: numbered variables tell it they leave.
+    // Connections go first (they hold ports of the blocks), then the blocks, while their
+    // session is current: numbered variables tell it they leave.
+    m_connections.clear();
     for (auto it = m_blocks.rbegin(); it != m_blocks.rend(); ++it)
         if (it->model) it->model->Release();
     m_blocks.clear();
@@ -67,6 +76,8 @@ std::unique_ptr<Flowsheet> Flowsheet::Build(const FlowsheetDocument& doc, const 
     for (const ComponentListSpec& list : doc.componentLists)
         fs->m_session->DefineComponentList(list.name, list.components, list.options);
     fs->CreateBlocks(doc, create);
+    fs->Connect(doc);
+    fs->LinkGlobals(doc);
     fs->ApplyGlobals(doc);
     fs->SetUp(doc);
     return fs;
@@ -87,6 +98,11 @@ void Flowsheet::CreateBlocks(const FlowsheetDocument& doc, const BlockCreator& c
         }
         m_blocks.push_back(Block{spec.name, spec.type, model});
         m_blockOfTop.emplace(model, static_cast<int>(m_blocks.size() - 1));
+        m_blockByName.emplace(NameKey(spec.name), static_cast<int>(m_blocks.size() - 1));
+        m_driver.AddBlock(*model);
+        // A global declared with another type than by an earlier block is left unlinked.
+        if (const VX_Failure& f = m_session->LastFailure(); f.status == VX_E_WRONGKIND && f.operation == "GlobalLink")
+            throw InputError(PointerChild(spec.pointer, "type"), "block " + spec.name + " (" + spec.type + "): " + f.message);
         if (!spec.componentList.empty()) {
             VX_COMPONENTLISTNAME* list = model->ComponentList();
             const std::string at = PointerChild(spec.pointer, "components");
@@ -96,6 +112,57 @@ void Flowsheet::CreateBlocks(const FlowsheetDocument& doc, const BlockCreator& c
                 throw InputError(at, "block " + spec.name + ": component list \"" + spec.componentList + "\": " + why);
         }
     }
+}
+
+void Flowsheet::Connect(const FlowsheetDocument& doc) {
+    // Global structures (a reaction configuration shared by the blocks) are driven like blocks.
+    for (const auto& [name, object] : m_session->Globals())
+        if (auto* structure = dynamic_cast<VX_ModelType*>(object)) m_driver.AddUnit(*structure);
+    for (const ConnectionSpec& c : doc.connections) {
+        auto port = [&](const std::string& path, const char* key) -> VX_PortType& {
+            const std::string at = PointerChild(c.pointer, key);
+            const SourcePos pos = std::string(key) == "to" ? c.toPos : c.fromPos;
+            const auto dot = path.find('.');
+            if (dot == std::string::npos) throw InputError(at, "connection end \"" + path + "\" is not BLOCK.PORT", pos);
+            const std::string blockName = path.substr(0, dot);
+            const auto b = m_blockByName.find(NameKey(blockName));
+            if (b == m_blockByName.end()) throw InputError(at, "connection end " + path + ": no block named " + blockName, pos);
+            auto found = zorexp_cli::ResolvePath(*m_blocks[static_cast<std::size_t>(b->second)].model, path.substr(dot + 1));
+            if (!found.object) throw InputError(at, "connection end " + path + ": " + found.problem, pos);
+            if (auto* multi = dynamic_cast<VX_MULTIPORT_BaseType*>(found.object)) {
+                const std::string& other = std::string(key) == "to" ? c.from : c.to;
+                const std::string name = c.name.empty() ? other.substr(0, other.find('.')) : c.name;
+                std::string why;
+                VX_PortType* p = multi->AddConnection(name, &why);
+                if (!p) throw InputError(at, "connection " + c.from + " -> " + c.to + ": " + why, pos);
+                return *p;
+            }
+            auto* p = dynamic_cast<VX_PortType*>(found.object);
+            if (!p) throw InputError(at, "connection end " + path + " is not a port", pos);
+            return *p;
+        };
+        VX_PortType& from = port(c.from, "from");
+        VX_PortType& to = port(c.to, "to");
+        std::string why;
+        std::unique_ptr<VX_Connection> made(
+            VX_Connection::Make(from, to, &why, [this](const VX_Type& port) { return NameOf(port); }));
+        if (!made) throw InputError(c.pointer, "connection " + c.from + " -> " + c.to + ": " + why, c.pos);
+        m_driver.AddConnection(*made);
+        m_connections.push_back(std::move(made));
+    }
+}
+
+void Flowsheet::LinkGlobals(const FlowsheetDocument& doc) {
+    // An external reference to a parameter (a mixer's EPS) stands for the flowsheet's global
+    // of its name, which the file's "globals" may then set.
+    const auto toGlobal = [](VX_ModelType&, VX_ExternalBase& reference, const char* name) {
+        return VX_SessionGlobalFor(reference, name);
+    };
+    if (m_driver.LinkExternals(toGlobal) >= 0) return;
+    const VX_ProtocolDriver::Failure& f = m_driver.LastFailure();
+    const auto& unit = m_driver.Units()[static_cast<std::size_t>(f.unit)];
+    const std::string at = unit.block >= 0 ? PointerChild(doc.blocks[static_cast<std::size_t>(unit.block)].pointer, "type") : "";
+    throw InputError(at, Describe(*unit.object) + ": " + f.message);
 }
 
 void Flowsheet::ApplyGlobals(const FlowsheetDocument& doc) {
@@ -136,22 +203,19 @@ void Flowsheet::SetUp(const FlowsheetDocument& doc) {
             it = pending.erase(it);
             progressed = true;
         }
-        unsigned long long shape = 0;
-        for (std::size_t b = 0; b < m_blocks.size(); ++b) {
-            Block& block = m_blocks[b];
-            int status = 0;
-            try {
-                block.model->SetDims();
-                status = block.model->ExecuteAssignments(kAssignmentLevel, VX_CTX_MODEL);
-            } catch (const VX_SizeLimitError& e) {
-                // The block's own assignments size arrays from the file's values (NPTS and the like).
-                throw InputError(doc.blocks[b].pointer, "block " + block.name + ": " + e.what() + kSizeLimitHint, doc.blocks[b].pos);
+        if (m_driver.SetDims() < 0 || m_driver.ExecuteAssignments(kAssignmentLevel, VX_CTX_MODEL) < 0) {
+            const VX_ProtocolDriver::Failure& f = m_driver.LastFailure();
+            const VX_ProtocolDriver::Unit* unit = f.unit >= 0 ? &m_driver.Units()[static_cast<std::size_t>(f.unit)] : nullptr;
+            const std::string who = unit ? Describe(*unit->object) : "the flowsheet";
+            // Arrays sized from the file's values (NPTS and the like) beyond the limit: the file's fault.
+            if (f.status == VX_E_SIZE_LIMIT && unit && unit->block >= 0) {
+                const BlockSpec& spec = doc.blocks[static_cast<std::size_t>(unit->block)];
+                throw InputError(spec.pointer, who + ": " + f.message + kSizeLimitHint, spec.pos);
             }
-            if (status < 0)
-                throw ModelFailure("block " + block.name + " (" + block.type + "): ExecuteAssignments failed with status " +
-                                   std::to_string(status) + " (" + VX_StatusMessage(status) + ")");
-            shape = shape * 1000003ull + ShapeFingerprint(*block.model);
+            throw ModelFailure(who + ": " + f.operation + " failed: " + f.message);
         }
+        unsigned long long shape = 0;
+        for (Block& block : m_blocks) shape = shape * 1000003ull + ShapeFingerprint(*block.model);
         const bool settled = havePrevious && shape == previous && !progressed;
         havePrevious = true;
         previous = shape;
@@ -173,6 +237,18 @@ int Flowsheet::BlockOf(const VX_Type& object) const {
     while (top->Owner()) top = top->Owner();
     auto it = m_blockOfTop.find(top);
     return it == m_blockOfTop.end() ? -1 : it->second;
+}
+
+std::string Flowsheet::Describe(const VX_Type& object) const {
+    if (auto* c = dynamic_cast<const VX_Connection*>(&object))
+        return "the connection " + NameOf(c->From()) + " -> " + NameOf(c->To());
+    const int b = BlockOf(object);
+    if (b < 0) return object.TypeName() + " " + object.Path();
+    const Block& block = m_blocks[static_cast<std::size_t>(b)];
+    const std::string path = object.Path();
+    std::string out = "block " + block.name + " (" + block.type + ")";
+    if (!path.empty()) out += ", " + path + " (" + object.TypeName() + ")";
+    return out;
 }
 
 std::string Flowsheet::NameOf(const VX_Type& object) const {

@@ -9,7 +9,9 @@
 #include <vector>
 
 #include "flowsheet/flowsheet_document.hpp"
+#include "zorexp/protocol_driver.hpp"
 
+class VX_Connection;
 class VX_Containable;
 class VX_ModelType;
 class VX_Session;
@@ -36,7 +38,8 @@ struct Block {
 class Flowsheet {
 public:
     // Creates a session (current while the flowsheet lives), the component lists and the
-    // blocks; applies the globals and the blocks' values in rounds of SetDims and
+    // blocks; joins the connections, binds external references to parameters to the globals
+    // of their names; applies the globals and the blocks' values in rounds of SetDims and
     // ExecuteAssignments until no array changes size and every value has found its property.
     // Throws InputError for anything in the file that cannot be applied, ModelFailure when a
     // block fails an operation.
@@ -47,23 +50,34 @@ public:
 
     const std::vector<Block>& Blocks() const { return m_blocks; }
     VX_Session& Session() { return *m_session; }
+    // The driver that runs the protocol over the blocks, what they contain, and the connections.
+    VX_ProtocolDriver& Driver() { return m_driver; }
+    const VX_ProtocolDriver& Driver() const { return m_driver; }
     // Rounds of SetDims and ExecuteAssignments set-up took.
     int SetUpRounds() const { return m_rounds; }
 
     // The block an object belongs to (-1 if none) and its name for users: "R1.T_CELL(3)".
     int BlockOf(const VX_Type& object) const;
     std::string NameOf(const VX_Type& object) const;
+    // An object for messages: "block R1 (RPLUG_TCOOL)", "block M1 (INLETMIXERFWD), IN_F(F1)
+    // (MATERIALPORTRP)", "the connection H1.OUT_HS -> H2.IN_HS".
+    std::string Describe(const VX_Type& object) const;
 
 private:
     Flowsheet();
     void CreateBlocks(const FlowsheetDocument& doc, const BlockCreator& create);
     void ApplyGlobals(const FlowsheetDocument& doc);
+    void Connect(const FlowsheetDocument& doc);
+    void LinkGlobals(const FlowsheetDocument& doc);
     void SetUp(const FlowsheetDocument& doc);
 
     std::unique_ptr<VX_Session> m_session;
     VX_Session* m_previous = nullptr;
     std::vector<Block> m_blocks;
+    std::vector<std::unique_ptr<VX_Connection>> m_connections;
+    VX_ProtocolDriver m_driver;
     std::unordered_map<const VX_Type*, int> m_blockOfTop;
+    std::unordered_map<std::string, int> m_blockByName;   // lower-case name -> block
     int m_rounds = 0;
 };
 

@@ -298,6 +298,38 @@ void ResolveComponentLists(FlowsheetDocument& doc) {
     }
 }
 
+// "connections": a list of {"from": "BLOCK.PORT", "to": "BLOCK.PORT", "name": "..."}; the
+// ends are checked against the blocks when the flowsheet is built.
+void ReadConnections(JsonReader& reader, FlowsheetDocument& doc) {
+    const InputValue list = InputValue::Read(reader);
+    if (list.GetKind() != InputValue::Kind::List) Wrong("/connections", "a list of connections", list);
+    if (list.IsNumberList()) Wrong("/connections/0", "an object with \"from\" and \"to\"", list.NumberItem(0));
+    for (std::size_t k = 0; k < list.Items().size(); ++k) {
+        const InputValue& item = list.Items()[k];
+        ConnectionSpec c;
+        c.pointer = PointerChild("/connections", k);
+        c.pos = item.Pos();
+        if (item.GetKind() != InputValue::Kind::Object) Wrong(c.pointer, "an object with \"from\" and \"to\"", item);
+        for (const InputMember& m : item.Members()) {
+            const std::string at = PointerChild(c.pointer, m.key);
+            std::string* field = m.key == "from" ? &c.from : m.key == "to" ? &c.to : m.key == "name" ? &c.name : nullptr;
+            if (!field)
+                throw InputError(at, "unknown key \"" + VX_BriefText(m.key) + "\" in a connection (known keys: from, to, name)", m.keyPos);
+            const bool end = field != &c.name;
+            if (m.value.GetKind() != InputValue::Kind::Text || m.value.Text().empty())
+                Wrong(at, end ? "a port as \"BLOCK.PORT\"" : "a connection name", m.value);
+            if (end && m.value.Text().find('.') == std::string::npos)
+                throw InputError(at, "connection end " + m.value.Brief() + " is not BLOCK.PORT", m.value.Pos());
+            *field = m.value.Text();
+            if (field == &c.from) c.fromPos = m.value.Pos();
+            if (field == &c.to) c.toPos = m.value.Pos();
+        }
+        if (c.from.empty() || c.to.empty())
+            throw InputError(c.pointer, std::string("a connection needs \"") + (c.from.empty() ? "from" : "to") + "\"", c.pos);
+        doc.connections.push_back(std::move(c));
+    }
+}
+
 FlowsheetDocument ReadDocument(JsonReader& reader) {
     if (reader.Next() != JsonReader::Token::Object)
         Wrong("", "an object with \"components\", \"globals\" and \"blocks\"", InputValue::Read(reader));
@@ -324,12 +356,7 @@ FlowsheetDocument ReadDocument(JsonReader& reader) {
         case 2: ReadComponentLists(reader, doc); break;
         case 3: doc.globals = ReadSets(reader, pointer, "an object of global names and values"); break;
         case 4: ReadBlocks(reader, doc); break;
-        case 5: {
-            const InputValue v = InputValue::Read(reader);
-            if (v.GetKind() != InputValue::Kind::List) Wrong(pointer, "a list", v);
-            if (v.Size() != 0) throw InputError(pointer, "not implemented: streams joining blocks are not supported yet", v.Pos());
-            break;
-        }
+        case 5: ReadConnections(reader, doc); break;
         }
     }
     reader.Finish();
@@ -383,6 +410,11 @@ SourcePos FlowsheetDocument::PositionOf(const std::string& pointer) const {
     }
     for (const ComponentListSpec& l : componentLists)
         if (l.pointer == pointer) return l.pos;
+    for (const ConnectionSpec& c : connections) {
+        if (pointer == c.pointer) return c.pos;
+        if (pointer == PointerChild(c.pointer, "from")) return c.fromPos;
+        if (pointer == PointerChild(c.pointer, "to")) return c.toPos;
+    }
     return {};
 }
 

@@ -42,6 +42,14 @@ struct BlockSpec {
     SourcePos pos, typePos, componentsPos;
 };
 
+// A connection: an outlet port joined to an inlet port, each "BLOCK.PORT"; a multiport end
+// takes the connection's name (by default the other end's block name).
+struct ConnectionSpec {
+    std::string from, to, name;
+    std::string pointer;
+    SourcePos pos, fromPos, toPos;
+};
+
 struct FlowsheetDocument {
     std::vector<ComponentListSpec> componentLists;   // the first is the default
     std::vector<SetEntry> globals;                   // path = the global's name
@@ -50,6 +58,7 @@ struct FlowsheetDocument {
     // The line and column of the entry a pointer names ("/blocks/R1/type"), when the document
     // holds it; for errors found after reading, which know only the pointer.
     SourcePos PositionOf(const std::string& pointer) const;
+    std::vector<ConnectionSpec> connections;         // in file order
 };
 
 // Reads and checks the form of a flowsheet file's text; throws InputError.

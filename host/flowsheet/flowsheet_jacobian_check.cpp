@@ -4,7 +4,7 @@
 #include <ostream>
 
 #include "flowsheet/equation_system.hpp"
-#include "zorexp/variable.hpp"
+#include "zorexp/varparam.hpp"
 
 namespace zx::flowsheet {
 namespace {
@@ -18,15 +18,16 @@ public:
     std::span<const int> EntryColumns() const override { return m_system.EntryColumns(); }
     bool Residuals(double* r) override { return m_system.EvaluateResiduals(r); }
     bool Jacobian(double* values) override { return m_system.EvaluateJacobian(values); }
-    double Value(int c) const override { return Var(c) ? Var(c)->fv() : 0.0; }
+    double Value(int c) const override { return Slot(c) ? *Slot(c) : 0.0; }
     void SetValue(int c, double x) override {
-        if (Var(c)) Var(c)->SetSolverValue(x);
+        if (Slot(c)) *Slot(c) = x;
     }
     std::string RowName(int row) const override { return m_system.EquationName(row); }
     std::string ColumnName(int c) const override { return Var(c) ? m_system.VariableName(*Var(c)) : ""; }
 
 private:
-    VX_Variable* Var(int c) const { return m_system.Columns()[c]; }
+    VX_VarParam* Var(int c) const { return m_system.Columns()[c]; }
+    double* Slot(int c) const { return Var(c) ? Var(c)->RealSlot() : nullptr; }
     const EquationSystem& m_system;
 };
 

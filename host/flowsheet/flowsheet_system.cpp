@@ -1,8 +1,5 @@
 #include "flowsheet/flowsheet_system.hpp"
 
-#include <algorithm>
-#include <limits>
-
 #include "zorexp/variable.hpp"
 
 namespace zx::flowsheet {
@@ -16,23 +13,20 @@ void FlowsheetSystem::Place(const double* x) {
     for (std::size_t j = 0; j < n; ++j) u[j]->SetSolverValue(x[j]);
 }
 
-void FlowsheetSystem::residuals(const double* x, double* r) {
+bool FlowsheetSystem::residuals(const double* x, double* r) {
     Place(x);
-    if (!m_equations->EvaluateResiduals(r))
-        std::fill(r, r + m_equations->Rows(), std::numeric_limits<double>::quiet_NaN());
+    return m_equations->EvaluateResiduals(r);
 }
 
-void FlowsheetSystem::jacobian(const double* x, double* values) {
+bool FlowsheetSystem::jacobian(const double* x, double* values) {
     Place(x);
+    if (!m_equations->EvaluateJacobian(m_allEntries.data())) return false;
     const std::vector<int>& kept = m_equations->KeptEntries();
-    if (!m_equations->EvaluateJacobian(m_allEntries.data())) {
-        std::fill(values, values + kept.size(), std::numeric_limits<double>::quiet_NaN());
-        return;
-    }
     const double* all = m_allEntries.data();
     const int* k = kept.data();
     const std::size_t n = kept.size();
     for (std::size_t t = 0; t < n; ++t) values[t] = all[k[t]];
+    return true;
 }
 
 std::vector<double> FlowsheetSystem::Values() const {

@@ -16,10 +16,10 @@ public:
 
     const zx::solve::TripletPattern& pattern() const override { return m_equations->UnknownPattern(); }
     const zx::solve::CscPattern* compressed_pattern() const override { return &m_equations->UnknownCsc(); }
-    // A block that reports a failure makes every residual (or entry) NaN, which the solver
-    // reports as a non-finite residual (or Jacobian).
-    void residuals(const double* x, double* r) override;
-    void jacobian(const double* x, double* values) override;
+    // False when a unit reports a failure; failure() names the unit, the operation and why.
+    bool residuals(const double* x, double* r) override;
+    bool jacobian(const double* x, double* values) override;
+    std::string failure() const override { return m_equations->FailureText(); }
 
     // The unknowns' current values and bounds.
     std::vector<double> Values() const;

@@ -62,6 +62,15 @@ void RefuseRepeatedKeys(const std::vector<InputMember>& members) {
 InputValue::InputValue() = default;
 InputValue::InputValue(InputValue&&) noexcept = default;
 InputValue& InputValue::operator=(InputValue&&) noexcept = default;
+
+InputValue::InputValue(const InputValue& other)
+    : m_kind(other.m_kind), m_pos(other.m_pos), m_number(other.m_number), m_text(other.m_text),
+      m_list(other.m_list ? std::make_unique<ListParts>(*other.m_list) : nullptr), m_members(other.m_members) {}
+
+InputValue& InputValue::operator=(const InputValue& other) {
+    if (this != &other) *this = InputValue(other);
+    return *this;
+}
 InputValue::~InputValue() = default;
 
 InputValue::ListParts& InputValue::List() {
@@ -155,6 +164,13 @@ void InputValue::AppendBrief(std::string& out) const {
         out += Size() > kItems ? ", ...}" : "}";
         return;
     }
+}
+
+InputValue InputValue::Parse(std::string_view text) {
+    JsonReader reader(text);
+    InputValue v = Read(reader);
+    reader.Finish();
+    return v;
 }
 
 InputValue InputValue::Read(JsonReader& reader) {

@@ -22,6 +22,9 @@ public:
     InputValue();
     InputValue(InputValue&&) noexcept;
     InputValue& operator=(InputValue&&) noexcept;
+    // Deep copies, for documents built or varied in code; the reader only moves.
+    InputValue(const InputValue& other);
+    InputValue& operator=(const InputValue& other);
     ~InputValue();
 
     Kind GetKind() const { return m_kind; }
@@ -64,6 +67,9 @@ public:
 
     // Reads the next value from reader; objects refuse a key given twice.
     static InputValue Read(JsonReader& reader);
+    // The one value a whole JSON text holds (for values made in code, such as a document built
+    // by a program rather than read from a file).
+    static InputValue Parse(std::string_view text);
     static InputValue MakeNumber(double value, bool integer, SourcePos pos);
 
 private:

@@ -5,7 +5,9 @@
 #include <ostream>
 
 #include "flowsheet/equation_system.hpp"
+#include "flowsheet/flowsheet.hpp"
 #include "flowsheet/flowsheet_system.hpp"
+#include "zorexp/variable.hpp"
 
 namespace zx::flowsheet {
 
@@ -34,6 +36,14 @@ zx::solve::SolveResult SolveSteadyState(const EquationSystem& system, const zx::
 void WriteFailureReport(const EquationSystem& system, const zx::solve::SolveResult& result, std::ostream& out) {
     out << "not converged: " << result.message << " (after " << result.iterations << " iterations, residual norm "
         << result.residual_norm << ")\n";
+    if (result.non_finite_row >= 0 && result.non_finite_row < system.Rows()) {
+        out << "  residual " << system.EquationName(result.non_finite_row) << " is not finite";
+        if (const int block = system.BlockOfRow(result.non_finite_row); block >= 0) {
+            const Block& b = system.Sheet().Blocks()[static_cast<std::size_t>(block)];
+            out << ", in block " << b.name << " (" << b.type << ")";
+        }
+        out << "\n";
+    }
     if (result.singular_column >= 0 && result.singular_column < static_cast<int>(system.Unknowns().size()))
         out << "  zero pivot at unknown " << system.VariableName(*system.Unknowns()[static_cast<std::size_t>(result.singular_column)])
             << "\n";

@@ -87,6 +87,10 @@ StructureDiagnosis DiagnoseStructure(const EquationSystem& system, std::size_t m
     for (std::size_t k = 0; k < system.FreeUnused().size() && k < maxListed; ++k)
         d.freeUnused.push_back(system.VariableName(*system.FreeUnused()[k]));
 
+    if (d.equations == 0 && d.unknowns == 0) {
+        d.status = "empty";
+        return d;
+    }
     if (r.nonsingular()) {
         d.status = "solvable";
         return d;
@@ -124,6 +128,7 @@ StructureDiagnosis DiagnoseStructure(const EquationSystem& system, std::size_t m
         for (std::size_t k = 0; k < rows.size(); ++k) {
             const auto c = static_cast<std::size_t>(cols[k]);
             if (!inGroup[static_cast<std::size_t>(rows[k])] || system.UnknownOfColumn()[c] >= 0 || named[c]) continue;
+            if (system.Columns()[c]->GetKind() != VX_VarParam::RealVariable) continue;   // parameters cannot be freed
             named[c] = 1;
             ++f.fixedCandidates;
             if (f.fixedNames.size() < maxListed) f.fixedNames.push_back(system.VariableName(*system.Columns()[c]));
@@ -138,6 +143,8 @@ void WriteDiagnosis(const StructureDiagnosis& d, std::ostream& out) {
         << d.structuralRank << ": ";
     if (d.Solvable()) {
         out << "square and structurally nonsingular\n";
+    } else if (d.status == "empty") {
+        out << "nothing to solve: no block declares an equation (check the options that select equations, such as CTYPE)\n";
     } else {
         out << (d.status == "under_specified"  ? "under-specified"
                 : d.status == "over_specified" ? "over-specified"

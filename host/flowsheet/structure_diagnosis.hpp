@@ -34,7 +34,8 @@ struct StructureDiagnosis {
     int equations = 0;
     int unknowns = 0;
     int structuralRank = 0;
-    // "solvable", "under_specified", "over_specified" or "structurally_singular".
+    // "solvable", "under_specified", "over_specified", "structurally_singular" or "empty" (no
+    // equations and no unknowns: nothing to solve).
     std::string status;
     std::vector<StructureFault> faults;   // the first few groups, in row and column order
     int faultGroups = 0;                  // how many groups there are in all

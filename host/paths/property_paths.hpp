@@ -1,20 +1,10 @@
 #pragma once
-// Property paths as users write them: "NPTS", "T_PROCESS(0)", "COEF(A,1)", "IN_HS.Q".
-// Members are separated by dots; an array element is named by its index text in parentheses
-// (several indices separated by commas). Names and string indices are compared without regard
-// to case, integer indices by value.
-#include <string>
-#include <string_view>
-
-class VX_Type;
+// The host's name for the runtime's path resolution (zorexp/property_paths.hpp).
+#include "zorexp/property_paths.hpp"
 
 namespace zorexp_cli {
 
-struct PathResolution {
-    VX_Type* object = nullptr;   // null when the path names nothing
-    std::string problem;         // why not, naming the part of the path that failed
-};
-
-PathResolution ResolvePath(VX_Type& root, std::string_view path);
+using PathResolution = VX_PathResolution;
+inline PathResolution ResolvePath(VX_Type& root, std::string_view path) { return VX_ResolvePath(root, path); }
 
 }  // namespace zorexp_cli

@@ -1,6 +1,7 @@
 #include "solver/newton_solver.hpp"
 
 #include <algorithm>
+#include <limits>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -158,7 +159,8 @@ void NewtonRun::finish(SolveStatus status, std::string detail) {
     res_.status = status;
     res_.message = status_text(status);
     if (!detail.empty()) res_.message += ": " + detail;
-    if (status == SolveStatus::Converged || res_.residual_evaluations == 0 ||
+    // After a model failure the residuals at hand say nothing about it.
+    if (status == SolveStatus::Converged || status == SolveStatus::ModelFailure || res_.residual_evaluations == 0 ||
         opt_.report_residuals <= 0) {
         return;
     }
@@ -214,8 +216,11 @@ bool NewtonRun::line_search(int k, const StepLimit& limit, double f0) {
                         " without reducing the scaled residual norm");
         }
         take_step(x_.data(), step_.data(), lambda, lo_, hi_, n_, x_trial_.data());
-        sys_.residuals(x_trial_.data(), r_trial_.data());
         ++res_.residual_evaluations;
+        if (!sys_.residuals(x_trial_.data(), r_trial_.data())) {
+            finish(SolveStatus::ModelFailure, sys_.failure());
+            return false;
+        }
         const double f = scaled_merit(r_trial_.data(), scale_.data(), n_);
         if (std::isfinite(f) && f <= f0 * (1.0 - 2.0 * opt_.armijo * lambda)) {
             std::copy(x_trial_.begin(), x_trial_.end(), x_.begin());
@@ -303,17 +308,18 @@ void NewtonRun::iterate() {
                       "KLU status " + std::to_string(lu.klu_status()) + " while ordering");
     }
 
-    sys_.residuals(x_.data(), r_.data());
     ++res_.residual_evaluations;
+    if (!sys_.residuals(x_.data(), r_.data())) return finish(SolveStatus::ModelFailure, sys_.failure());
     if (const int i = first_non_finite(r_.data(), n_); i >= 0) {
-        res_.residual_norm = std::fabs(r_[i]);   // not finite: never reported as a norm of 0
+        res_.residual_norm = std::numeric_limits<double>::infinity();
+        res_.non_finite_row = i;
         return finish(SolveStatus::NonFiniteResidual,
                       "equation " + std::to_string(i) + " gives " + fmt(r_[i]) + " at the starting point");
     }
 
     for (int k = 0;; ++k) {
-        sys_.jacobian(x_.data(), triplet_values_.data());
         ++res_.jacobian_evaluations;
+        if (!sys_.jacobian(x_.data(), triplet_values_.data())) return finish(SolveStatus::ModelFailure, sys_.failure());
         if (const int e = first_non_finite(triplet_values_.data(), csc_->n_triplets()); e >= 0) {
             return finish(SolveStatus::NonFiniteJacobian,
                           "entry " + std::to_string(e) + " (equation " + std::to_string(tp.rows[e]) +

@@ -35,8 +35,11 @@ class SparseSystem {
 public:
     virtual ~SparseSystem() = default;
     virtual const TripletPattern& pattern() const = 0;           // square n x n
-    virtual void residuals(const double* x, double* r) = 0;      // r has n entries
-    virtual void jacobian(const double* x, double* values) = 0;  // values in triplet order
+    // r has n entries, values are in triplet order. False when the model could not evaluate
+    // them; failure() then says why, and the solve stops with ModelFailure.
+    virtual bool residuals(const double* x, double* r) = 0;
+    virtual bool jacobian(const double* x, double* values) = 0;
+    virtual std::string failure() const { return {}; }
     // The pattern already compressed, when the caller has it (it must be built from
     // pattern()); null makes the solver compress it itself.
     virtual const CscPattern* compressed_pattern() const { return nullptr; }
@@ -86,6 +89,8 @@ struct SolveResult {
     std::vector<std::pair<int, double>> largest_residuals;
     // SingularJacobian: the unknown where the zero pivot appeared, if known.
     int singular_column = -1;
+    // NonFiniteResidual: the equation whose residual is not finite.
+    int non_finite_row = -1;
     // StructurallySingular: which equations and unknowns are at fault.
     StructuralReport structure;
 

@@ -1,6 +1,6 @@
 // The operations of the empty containers, generated from registry.def. Each one does what the
 // base does; its own part is empty: no properties, no arrays, no assignments, no equations.
-#include "frame/empty_containers.hpp"
+#include "frame/all_containers.hpp"
 
 #define VX_EMPTY_CONTAINER_OPERATIONS(NAME, BASE)                                     \
     VX_##NAME::VX_##NAME(bool constructProperties) : VX_##BASE(false) {               \

@@ -1,9 +1,8 @@
 #pragma once
-// The empty containers: one class VX_<NAME> per EMPTY row of registry.def, generated in table
-// order (bases first). An empty class holds no properties or equations of its own; it follows
-// the protocol of every container class, so it can be created, driven and derived from like a
-// modelled one until its content is written.
-#include "frame/modelled_containers.hpp"
+// The empty containers: one class VX_<NAME> per EMPTY row of registry.def. An empty class holds
+// no properties or equations of its own; it follows the protocol of every container class, so
+// it can be created, driven and derived from like a modelled one until its content is written.
+// tools/modelgen writes one header per empty type that expands this macro after its base.
 #include "frame/registry_macros.hpp"
 
 #define VX_EMPTY_CONTAINER_CLASS(NAME, KIND, BASE)                                   \
@@ -26,7 +25,3 @@
         int m_firstGroup = 0, m_localEqnCount = 0, m_localNZCount = 0;               \
     };
 
-#define VX_CONTAINER(NAME, KIND, BASE, EXPORTS, CONTENT) \
-    VX_IF_EMPTY(CONTENT, VX_EMPTY_CONTAINER_CLASS(NAME, KIND, BASE))
-#include "frame/registry.def"
-#undef VX_CONTAINER

@@ -10,19 +10,29 @@
 #include "runtime/runtime.hpp"
 
 // The container id a reference to T is checked against: the runtime's real variable for any
-// variable type, the runtime's matrix for any array, and the class's own id otherwise.
+// variable type, the runtime's parameter kinds for parameter types, the runtime's matrix for any
+// array, and the class's own id otherwise.
 template <class T>
 const char* VX_ReferenceTypeId() {
     if constexpr (std::is_base_of_v<VX_Variable, T>) return VX_RealVariableContainerId();
+    else if constexpr (std::is_base_of_v<VX_REALPARAMETER, T>) return VX_RealParameterContainerId();
+    else if constexpr (std::is_base_of_v<VX_INTEGERPARAMETER, T>) return VX_IntegerParameterContainerId();
+    else if constexpr (std::is_base_of_v<VX_STRINGPARAMETER, T>) return VX_StringParameterContainerId();
+    else if constexpr (std::is_base_of_v<VX_LOGICALPARAMETER, T>) return VX_LogicalParameterContainerId();
     else if constexpr (std::is_base_of_v<VX_Matrix, T>) return VX_MatrixContainerId();
     else return T::VX_ContainerId();
 }
 
-// What dereferencing a reference to T yields. The runtime accepts any real variable for a
-// variable type (the check is by container id), so a variable reference yields VX_Variable,
-// which is what every variable type is; other references yield T.
+// What dereferencing a reference to T yields. The runtime accepts any property of T's kind (the
+// check is by container id), so a reference to a variable or parameter type yields the kind's
+// root class, which is what every type of that kind is; other references yield T.
 template <class T>
-using VX_ReferenceTarget = std::conditional_t<std::is_base_of_v<VX_Variable, T>, VX_Variable, T>;
+using VX_ReferenceTarget = std::conditional_t<
+    std::is_base_of_v<VX_Variable, T>, VX_Variable,
+    std::conditional_t<std::is_base_of_v<VX_REALPARAMETER, T>, VX_REALPARAMETER,
+    std::conditional_t<std::is_base_of_v<VX_INTEGERPARAMETER, T>, VX_INTEGERPARAMETER,
+    std::conditional_t<std::is_base_of_v<VX_STRINGPARAMETER, T>, VX_STRINGPARAMETER,
+    std::conditional_t<std::is_base_of_v<VX_LOGICALPARAMETER, T>, VX_LOGICALPARAMETER, T>>>>>;
 
 template <class T>
 class VX_External : public VX_ExternalBase {

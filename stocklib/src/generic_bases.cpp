@@ -55,6 +55,12 @@ void VX_GENERICPORT::Construct() {
     VX_Type::AddProperty(&m_componentList, this, "ComponentList", "Component list", 0, 0);
     VX_Type::AddProperty(&m_isConnected, this, "ISCONNECTED", "Port is connected", 0, 0);
 }
+// The flag is the runtime's to set: no assignment of a model outranks it.
+void VX_GENERICPORT::MarkConnected(bool connected) {
+    const VX_Value flag(connected, VX_CTX_MODEL, 32767, 0);
+    m_isConnected.Assign(&flag);
+}
+
 bool VX_GENERICPORT::ContainerDerivesFrom(const char* id) const {
     return (id && VX_EqualCI(id, VX_ContainerId())) || VX_PortTypeEx::ContainerDerivesFrom(id);
 }

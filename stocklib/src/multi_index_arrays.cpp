@@ -231,3 +231,12 @@ std::string VX_MultiIndexBase::IndexText(int position) const {
 void VX_MultiIndexBase::ThrowMissing(const std::string& indexText) const {
     throw std::out_of_range("array " + Path() + " has no element (" + indexText + ")");
 }
+
+std::ptrdiff_t VX_MultiIndexBase::PositionOfText(int dim, const char* index) const {
+    if (!index) return -1;
+    const Dim& d = m_dims[static_cast<std::size_t>(dim)];
+    if (d.kind == VX_IndexKind::S) return PositionIn(static_cast<std::size_t>(dim), index);
+    char* end = nullptr;
+    const long value = std::strtol(index, &end, 10);
+    return (end != index && *end == '\0') ? PositionIn(static_cast<std::size_t>(dim), static_cast<int>(value)) : -1;
+}

@@ -18,20 +18,68 @@
 #include "flowsheet/json_document.hpp"
 #include "models/unitops/rplug_tcool.hpp"
 #include "models/unitops/rplug_tcool1.hpp"
+#include "flowsheet/steady_state_solve.hpp"
+#include "frame/check_cases.hpp"
 
 namespace zx::flowsheet::testing {
 
-// The coolant models, by type name; anything else is unknown.
+// The types that have a model description, by type name; anything else is unknown.
 inline VX_Type* CreateBlock(const std::string& type, std::string& error) {
-    VX_Type* made = nullptr;
-    if (VX_EqualCI(type.c_str(), "RPLUG_TCOOL1")) made = new VX_RPLUG_TCOOL1(true);
-    else if (VX_EqualCI(type.c_str(), "RPLUG_TCOOL")) made = new VX_RPLUG_TCOOL(true);
-    if (!made) {
-        error = "the tests make RPLUG_TCOOL and RPLUG_TCOOL1 only";
-        return nullptr;
+    for (const VX_CheckCase& c : kVX_CheckCases) {
+        if (!VX_EqualCI(type.c_str(), c.type)) continue;
+        VX_ModelType* made = c.make();
+        made->AddRef();
+        return made;
     }
-    made->AddRef();
-    return made;
+    error = "the tests make the types that have a model description only";
+    return nullptr;
+}
+
+// A block of a document built in code, located where a file would hold it.
+inline BlockSpec Block(const std::string& name, const std::string& type) {
+    BlockSpec b;
+    b.name = name;
+    b.type = type;
+    b.pointer = "/blocks/" + name;
+    return b;
+}
+
+// A value to set, written as JSON.
+inline SetEntry Entry(const std::string& path, const Json& value, const std::string& pointer) {
+    SetEntry e;
+    e.path = path;
+    e.value = InputValue::Parse(value.dump());
+    e.pointer = pointer;
+    return e;
+}
+
+// A document over the components A and B with these blocks and connections.
+inline FlowsheetDocument Sheet(std::vector<BlockSpec> blocks, std::vector<ConnectionSpec> connections) {
+    FlowsheetDocument doc;
+    ComponentListSpec list;
+    list.name = "feed";
+    list.components = {"A", "B"};
+    list.pointer = "/components/feed";
+    doc.componentLists.push_back(std::move(list));
+    doc.blocks = std::move(blocks);
+    for (std::size_t k = 0; k < connections.size(); ++k) connections[k].pointer = "/connections/" + std::to_string(k);
+    doc.connections = std::move(connections);
+    return doc;
+}
+
+// A document built, gathered into one system and solved with the default options.
+struct Solved {
+    std::unique_ptr<Flowsheet> sheet;
+    std::unique_ptr<EquationSystem> system;
+    zx::solve::SolveResult result;
+};
+
+inline Solved Solve(const FlowsheetDocument& doc, const BlockCreator& create = CreateBlock) {
+    Solved s;
+    s.sheet = Flowsheet::Build(doc, create);
+    s.system = std::make_unique<EquationSystem>(*s.sheet);
+    s.result = SolveSteadyState(*s.system, zx::solve::SolverOptions{}, nullptr);
+    return s;
 }
 
 // A flowsheet set up from text and gathered into one system.

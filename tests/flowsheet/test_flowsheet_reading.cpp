@@ -123,7 +123,12 @@ TEST(FlowsheetReading, UnknownKeysAreErrorsReservedOnesAreNot) {
     EXPECT_EQ(ReadError(R"({"blocks": {"R1": {"type": "A", "sets": {}}}})").substr(0, 15), "/blocks/R1/sets");
     EXPECT_EQ(ReadError(R"({"version": 1, "blocks": {"R1": {"type": "A", "ports": {}}}, "connections": []})"), "no error");
     EXPECT_EQ(ReadError(R"({"blocks": {"R1": {"type": "A"}}, "connections": [{"from": "R1.OUT"}]})"),
-              "/connections: not implemented: streams joining blocks are not supported yet");
+              "/connections/0: a connection needs \"to\"");
+    EXPECT_EQ(ReadError(R"({"blocks": {"R1": {"type": "A"}}, "connections": [{"from": "R1.OUT", "to": "R2"}]})"),
+              "/connections/0/to: connection end \"R2\" is not BLOCK.PORT");
+    EXPECT_EQ(ReadError(R"({"blocks": {"R1": {"type": "A"}}, "connections": [{"from": "A.B", "to": "C.D", "via": 1}]})"),
+              "/connections/0/via: unknown key \"via\" in a connection (known keys: from, to, name)");
+    EXPECT_EQ(ReadError(R"({"blocks": {"R1": {"type": "A"}}, "connections": {"from": "A.B"}})").substr(0, 13), "/connections:");
     EXPECT_EQ(ReadError(R"({"version": 2, "blocks": {"R1": {"type": "A"}}})"),
               "/version: this program reads flowsheet files of version 1, not 2");
 }

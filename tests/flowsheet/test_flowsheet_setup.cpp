@@ -93,7 +93,7 @@ TEST(FlowsheetSetUp, BlocksFromFactoryExports) {
 
 TEST(FlowsheetSetUp, EachBadValueIsOneErrorAtItsPointer) {
     EXPECT_EQ(InputErrorOf(R"({"blocks": {"R1": {"type": "RPLUG_TCOOLX"}}})"),
-              "/blocks/R1/type: block R1: unknown type \"RPLUG_TCOOLX\" (the tests make RPLUG_TCOOL and RPLUG_TCOOL1 only)");
+              "/blocks/R1/type: block R1: unknown type \"RPLUG_TCOOLX\" (the tests make the types that have a model description only)");
     EXPECT_EQ(InputErrorOf(HeatFluxSheet(2, R"("T_PROSESS": 300)")),
               "/blocks/C1/set/T_PROSESS: block C1: no property T_PROSESS in RPLUG_TCOOL1");
     EXPECT_EQ(InputErrorOf(HeatFluxSheet(2, R"j("T_PROCESS(3)": 300)j")).substr(0, 54),

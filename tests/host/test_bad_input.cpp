@@ -76,7 +76,7 @@ TEST(BadInput, SizesBeyondTheLimitAreRefusedNamingTheArrayAndSize) {
     ExpectRefused("describe RPLUG_TCOOL1 --set NPTS=4294967296", {"integer 4294967296 is outside the range of integers"});
     ExpectRefused("describe RPLUG_TCOOL1 --set U=1e309", {"number 1e309 cannot be held as a real number"});
     ScratchFile huge("huge.json", R"({"blocks": {"R": {"type": "RPLUG_TCOOL1", "set": {"NPTS": 2147483647}}}})");
-    ExpectRefused("solve " + huge.Path(), {huge.Path() + ":1:", "/blocks/R: block R: T_PROCESS would have 2147483648 elements"});
+    ExpectRefused("solve " + huge.Path(), {huge.Path() + ":1:", "/blocks/R: block R (RPLUG_TCOOL1): T_PROCESS would have 2147483648 elements"});
 }
 
 TEST(BadInput, WhatUsersTypeIsQuotedOnOneLineAndBriefly) {

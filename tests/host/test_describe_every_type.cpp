@@ -3,8 +3,6 @@
 // soon as it exists.
 #include <gtest/gtest.h>
 
-#include <set>
-
 #include "host_command.hpp"
 
 namespace {
@@ -19,13 +17,9 @@ std::vector<std::string> Listed(const std::string& kind) {
 }
 
 // Describes each type with its defaults: status 0 and a JSON report of that type.
-void DescribeEach(const std::vector<std::string>& names, const std::set<std::string>& failingForNow = {}) {
+void DescribeEach(const std::vector<std::string>& names) {
     for (const std::string& name : names) {
         const CommandResult r = RunHost("describe " + name + " --json");
-        if (failingForNow.count(name)) {
-            EXPECT_NE(r.status, 0) << name << " now describes with its defaults: take it off the list of failures";
-            continue;
-        }
         ASSERT_EQ(r.status, 0) << name << ": " << r.err;
         EXPECT_TRUE(r.err.empty()) << name << ": " << r.err;
         EXPECT_EQ(r.Json()["type"], name);
@@ -35,9 +29,7 @@ void DescribeEach(const std::vector<std::string>& names, const std::set<std::str
 TEST(DescribeEveryType, ContainersWithTheirDefaults) {
     const auto names = Listed("container");
     EXPECT_EQ(names.size(), 147u);
-    // RPLUG_TCOOL's equations reach Q(1) while its default NPTS of 0 gives Q no elements; its
-    // model content is being corrected, after which this list is empty.
-    DescribeEach(names, {"RPLUG_TCOOL"});
+    DescribeEach(names);
 }
 
 TEST(DescribeEveryType, VariableTypesWithTheirDefaults) {

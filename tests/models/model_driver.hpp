@@ -1,5 +1,5 @@
-// Drives model objects through the container protocol the way a host does, in a session of
-// their own.
+// Drives a model object, with everything it contains, through the container protocol with the
+// runtime's driver, in a session of its own.
 #pragma once
 
 #include <vector>
@@ -19,35 +19,51 @@ private:
     VX_Session* m_previous;
 };
 
-// Sizes, assigns, and sizes again over the sets the assignments gave.
-template <class Model>
-void Prepare(Model& m, int level = 10) {
-    m.SetDims();
-    m.ExecuteAssignments(level, VX_CTX_MODEL);
-    m.SetDims();
+// Binds external references to parameters to the session's globals of their names, as a
+// flowsheet does.
+inline std::int32_t LinkGlobals(VX_ProtocolDriver& d) {
+    return d.LinkExternals([](VX_ModelType&, VX_ExternalBase& reference, const char* name) {
+        return VX_SessionGlobalFor(reference, name);
+    });
+}
+
+// Sizes, assigns (the model at `level`), and sizes again over the sets the assignments gave.
+inline std::int32_t Prepare(VX_ModelType& m, int level = 10) {
+    VX_ProtocolDriver d;
+    d.AddBlock(m);
+    std::int32_t status = d.SetDims();
+    if (status >= 0) status = d.ExecuteAssignments(level, VX_CTX_MODEL);
+    if (status >= 0) status = d.SetDims();
+    return status;
 }
 
 struct Pattern {
-    int setUpResult = 0;      // SetUpEquations
-    int equations = 0;        // CountEqnsAndNZs
+    int setUpResult = 0;      // rows, or the failure status of SetUpEquations
+    int equations = 0;        // CountEqnsAndNZs of the model itself
     int nonzeros = 0;
-    int patternResult = 0;    // JacPattern
+    int patternResult = 0;    // entries, or the failure status of JacPattern
     std::vector<int> rows, cols;
+    std::string failure;      // the driver's message when something failed
 };
 
-// Numbers the equations (groups from lastGroup on) and takes the Jacobian pattern.
-template <class Model>
-Pattern DeclareEquations(Model& m, VX_Session& session, int lastGroup = 0) {
+// Numbers the equations (groups after lastGroup) and takes the Jacobian pattern.
+inline Pattern DeclareEquations(VX_ModelType& m, VX_Session&, int lastGroup = 0) {
     Pattern p;
-    session.ResetNumbering();
-    VX_ModelType::m_stLastGroup = lastGroup;
-    p.setUpResult = m.SetUpEquations();
+    VX_ProtocolDriver d;
+    d.AddBlock(m);
+    d.Collect();
+    const std::int32_t status = d.SetUpEquations(lastGroup);
     m.CountEqnsAndNZs(p.equations, p.nonzeros);
-    p.rows.assign(static_cast<std::size_t>(p.nonzeros), -1);
-    p.cols.assign(static_cast<std::size_t>(p.nonzeros), -1);
-    int* r = p.rows.data();
-    int* c = p.cols.data();
-    p.patternResult = m.JacPattern(r, c, nullptr);
+    p.setUpResult = status < 0 ? status : d.Rows();
+    if (status < 0) {
+        p.failure = d.LastFailure().message;
+        return p;
+    }
+    p.rows.assign(static_cast<std::size_t>(d.Entries()), -1);
+    p.cols.assign(static_cast<std::size_t>(d.Entries()), -1);
+    const std::int32_t pattern = d.JacPattern(p.rows.data(), p.cols.data());
+    p.patternResult = pattern < 0 ? pattern : d.Entries();
+    if (pattern < 0) p.failure = d.LastFailure().message;
     return p;
 }
 

@@ -59,8 +59,23 @@ TEST(Global, ModelsOfOneSessionShareTheirGlobals) {
     ScopedSession session;
     VX_RPLUG_TCOOL a(true), b(true);
     EXPECT_EQ(&*a.PI, &*b.PI);
-    EXPECT_EQ(&*a.PI, &session->Global<VX_REALPARAMETER>("pi"));
+    EXPECT_EQ(&*a.PI, session->Global<VX_REALPARAMETER>("pi"));
     EXPECT_NE(&*a.PI, &*a.UCF6);
+}
+
+TEST(Global, TheFirstDeclarationFixesTheType) {
+    ScopedSession session;
+    VX_RPLUG_TCOOL a(true);
+    std::string why;
+    EXPECT_EQ(session->Global<VX_INTEGERPARAMETER>("PI", &why), nullptr);
+    EXPECT_NE(why.find("INTEGERPARAMETER"), std::string::npos) << why;
+    EXPECT_NE(why.find("REALPARAMETER"), std::string::npos) << why;
+    // A reference of the other type stays unlinked and says so; the first one is untouched.
+    VX_Global<VX_INTEGERPARAMETER> wrong;
+    EXPECT_EQ(wrong.GlobalLink("pi"), VX_E_WRONGKIND);
+    EXPECT_EQ(wrong.Target(), nullptr);
+    EXPECT_EQ(session->LastFailure().status, VX_E_WRONGKIND);
+    EXPECT_EQ(&*a.PI, session->Global<VX_REALPARAMETER>("PI"));
 }
 
 }  // namespace

@@ -37,8 +37,8 @@ protected:
 
 TEST_F(RplugTcool, AssignmentsSetGlobalsSetAndSpecs) {
     Build(3);
-    EXPECT_EQ(session->Global<VX_REALPARAMETER>("PI").fv(), 3.141593);
-    EXPECT_EQ(session->Global<VX_REALPARAMETER>("UCF6").fv(), 0.0036);
+    EXPECT_EQ(session->Global<VX_REALPARAMETER>("PI")->fv(), 3.141593);
+    EXPECT_EQ(session->Global<VX_REALPARAMETER>("UCF6")->fv(), 0.0036);
     EXPECT_EQ(m.NPOINTS.fv(), VX_IntSetData(1, 3));
     EXPECT_EQ(m.U.CurrSpec(), VX_SPEC_FIXED);
     EXPECT_EQ(m.T_COOL.CurrSpec(), VX_SPEC_FIXED);
@@ -48,18 +48,18 @@ TEST_F(RplugTcool, OneCellHasTwoEquationsAndNoThirdGroup) {
     Build(1);
     const Pattern p = DeclareEquations(m, *session, 2);
     EXPECT_EQ(p.setUpResult, 2);
-    EXPECT_EQ(p.nonzeros, 10);
-    EXPECT_EQ(p.patternResult, 10);
+    EXPECT_EQ(p.nonzeros, 12);
+    EXPECT_EQ(p.patternResult, 12);
     ASSERT_EQ(m.Groups().size(), 2u);
     EXPECT_EQ(m.Groups()[0].group, 3);
     EXPECT_EQ(m.Groups()[1].group, 4);
     EXPECT_EQ(VX_ModelType::m_stLastGroup, 4);
-    std::vector<double> r(2), v(10);
+    std::vector<double> r(2), v(12);
     EXPECT_EQ(m.Residuals(r.data(), 0, 0), 2);
     EXPECT_EQ(m.Residuals(r.data(), 5, 0), 2);   // the empty third group
     EXPECT_DOUBLE_EQ(r[0], 2.0 - 6.0);
     EXPECT_DOUBLE_EQ(r[1], 1.0 - Duty(300.0, 290.0));
-    EXPECT_EQ(m.Jacobian(v.data(), 0, 0), 10);
+    EXPECT_EQ(m.Jacobian(v.data(), 0, 0), 12);
     EXPECT_EQ(v[1], -1.0);   // d/dL of DX - L / NPTS
 }
 
@@ -67,12 +67,14 @@ TEST_F(RplugTcool, CellsAfterTheFirstUseTheirInletCell) {
     Build(3);
     const Pattern p = DeclareEquations(m, *session);
     EXPECT_EQ(p.setUpResult, 4);
-    EXPECT_EQ(p.nonzeros, 26);
+    EXPECT_EQ(p.nonzeros, 32);
     EXPECT_STREQ(m.RowLabel(3), "VX_Eqn3");
     std::vector<std::string> row2;
     for (std::size_t k = 0; k < p.rows.size(); ++k)
         if (p.rows[k] == 2) row2.push_back(session->Columns()[static_cast<std::size_t>(p.cols[k])]->Path());
-    EXPECT_EQ(row2, (std::vector<std::string>{"Q(2)", "T_CELL(1)", "T_CELL(2)", "T_COOL", "DX", "DIAM", "NTUBE", "U"}));
+    // Every real variable and parameter of the equation, in the order it is first written.
+    EXPECT_EQ(row2, (std::vector<std::string>{"Q(2)", "T_CELL(1)", "T_CELL(2)", "T_COOL", "DX", "DIAM", "PI", "NTUBE", "U",
+                                              "UCF6"}));
 
     std::vector<double> r(4);
     EXPECT_EQ(m.Residuals(r.data(), 0, 0), 4);
@@ -84,27 +86,24 @@ TEST_F(RplugTcool, CellsAfterTheFirstUseTheirInletCell) {
 TEST_F(RplugTcool, GroupSelectionWritesOnlyItsBlock) {
     Build(3);
     DeclareEquations(m, *session);
-    std::vector<double> r(6, -1.0), v(30, -1.0);
+    std::vector<double> r(6, -1.0), v(36, -1.0);
     EXPECT_EQ(m.Residuals(r.data(), 2, 1), 5);
     EXPECT_EQ(r[1], -1.0);
     EXPECT_DOUBLE_EQ(r[2], 1.0 - Duty(300.0, 290.0));
     EXPECT_EQ(r[3], -1.0);
-    EXPECT_EQ(m.Jacobian(v.data(), 3, 1), 27);
-    EXPECT_EQ(v[10], -1.0);
-    EXPECT_EQ(v[11], 1.0);   // d/dQ(2), the first entry of the third group
-    EXPECT_EQ(v[26], -(2.0 * 0.05) * (3.141593 * 100.0) * 0.0036 * ((280.0 + 270.0) * 0.5 - 20.0));
-    EXPECT_EQ(v[27], -1.0);
+    EXPECT_EQ(m.Jacobian(v.data(), 3, 1), 33);
+    EXPECT_EQ(v[12], -1.0);
+    EXPECT_EQ(v[13], 1.0);   // d/dQ(2), the first entry of the third group
+    EXPECT_DOUBLE_EQ(v[31], -((280.0 + 270.0) * 0.5 - 20.0) * (2.0 * 0.05) * (3.141593 * 100.0) * 0.0036);   // d/dU of Q(3)
+    EXPECT_EQ(v[33], -1.0);
 }
 
-TEST_F(RplugTcool, NoCellsIsAnErrorNamingTheElement) {
+TEST_F(RplugTcool, NoCellsIsAFailureNamingTheElementAndTheParameter) {
     Build(0);
-    session->ResetNumbering();
-    try {
-        m.SetUpEquations();
-        FAIL() << "expected std::out_of_range";
-    } catch (const std::out_of_range& e) {
-        EXPECT_EQ(std::string(e.what()), "array Q has no element (1)");
-    }
+    const Pattern p = DeclareEquations(m, *session);
+    EXPECT_EQ(p.setUpResult, VX_E_MODEL);
+    EXPECT_NE(p.failure.find("array Q has no element (1)"), std::string::npos) << p.failure;
+    EXPECT_NE(p.failure.find("NPTS = 0"), std::string::npos) << p.failure;
 }
 
 }  // namespace

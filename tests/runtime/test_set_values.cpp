@@ -66,3 +66,18 @@ TEST(SetIterators, WalkInSetOrderAcrossRanges) {
     EXPECT_FALSE(none.Next());
     EXPECT_EQ(none.Elements(), 0);
 }
+
+TEST(SetProduct, KeepsTheCommonMembersInTheLeftOperandsOrder) {
+    const VX_StrSetValue option(std::vector<std::string>{"COAL", "water", "ASH"});
+    const VX_StrSetValue components(std::vector<std::string>{"WATER", "N2", "COAL"});
+    EXPECT_EQ((option * components).Data().Members(), (std::vector<std::string>{"COAL", "water"}));
+    EXPECT_EQ((components * option).Data().Members(), (std::vector<std::string>{"WATER", "COAL"}));
+    EXPECT_TRUE((option * VX_StrSetValue()).Data().Empty());
+    EXPECT_TRUE((VX_StrSetValue() * option).Data().Empty());
+
+    // Integer sets overlap range by range: {1..4, 8..9} * {3..8} = {3, 4, 8}.
+    const VX_IntSetValue a("1:4\"8:9\""), b(3, 8);
+    EXPECT_EQ((a * b).Data(), VX_ParseIntSet("3:4\"8\""));
+    EXPECT_TRUE((a * VX_IntSetValue(5, 7)).Data().Empty());
+    EXPECT_EQ((a * a).Data(), a.Data());
+}

@@ -20,11 +20,12 @@ public:
     using Fn = std::function<void(const double*, double*)>;
     FnSystem(TripletPattern p, Fn r, Fn j) : p_(std::move(p)), r_(std::move(r)), j_(std::move(j)) {}
     const TripletPattern& pattern() const override { return p_; }
-    void residuals(const double* x, double* r) override {
+    bool residuals(const double* x, double* r) override {
         seen.emplace_back(x, x + p_.n_cols);
         r_(x, r);
+        return true;
     }
-    void jacobian(const double* x, double* v) override { j_(x, v); }
+    bool jacobian(const double* x, double* v) override { j_(x, v); return true; }
     std::vector<std::vector<double>> seen;
 
 private:

@@ -164,3 +164,33 @@ VX_Type& VX_BASE_S::GetAt(const VX_StringSetIter& it) const {
     }
     return Get(it.String());
 }
+
+std::ptrdiff_t VX_BASE_I::PositionOfText(int dim, const char* index) const {
+    if (!index) return -1;
+    char* end = nullptr;
+    const long value = std::strtol(index, &end, 10);
+    return (end != index && *end == '\0') ? PositionOf(dim, static_cast<int>(value)) : -1;
+}
+
+std::ptrdiff_t VX_BASE_S::PositionOf(int dim, int index) const {
+    return PositionOfText(dim, std::to_string(index).c_str());
+}
+
+namespace {
+[[noreturn]] void ThrowNotIndexedBy(const VX_Matrix& array, int dim) {
+    throw std::logic_error("array " + array.Path() + " is read in the order of a set it is not sized over (index " +
+                           std::to_string(dim + 1) + ")");
+}
+}  // namespace
+
+void VX_CheckIndexedBy(const VX_Matrix& array, int dim, const VX_IntSetData& set) {
+    if (array.DimSet(dim) != &set) ThrowNotIndexedBy(array, dim);
+}
+
+void VX_CheckIndexedBy(const VX_Matrix& array, int dim, const VX_StrSetData& set) {
+    if (array.DimSet(dim) != &set) ThrowNotIndexedBy(array, dim);
+}
+
+void VX_ThrowMissingElement(const VX_Matrix& array, const char* index) {
+    throw std::out_of_range("array " + array.Path() + " has no element (" + std::string(index ? index : "") + ")");
+}

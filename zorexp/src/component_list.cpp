@@ -10,8 +10,9 @@ const VX_ComponentListData* VX_COMPONENTLISTNAME::List() const {
 
 VX_StrSetValue VX_COMPONENTLISTNAME::v() const {
     RecordRead();
+    static const auto* const none = new std::shared_ptr<const VX_StrSetData>(std::make_shared<VX_StrSetData>());
     const VX_ComponentListData* list = List();
-    return list ? VX_StrSetValue(list->components) : VX_StrSetValue();
+    return VX_StrSetValue(list ? list->components : *none);
 }
 
 SUValue VX_ComponentListOption::v() const {
@@ -21,4 +22,12 @@ SUValue VX_ComponentListOption::v() const {
     for (char& c : key) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
     auto it = list->options.find(key);
     return it == list->options.end() ? SUValue() : it->second;
+}
+
+VX_StrSetValue VX_ComponentListOption::StringSet() const {
+    const SUValue value = v();
+    if (value.ValueType() == SUValue::VT_Empty) return VX_StrSetValue();
+    const std::string text = value.String();
+    if (text.find('"') != std::string::npos) return VX_StrSetValue(text.c_str());
+    return VX_StrSetValue(text.empty() ? std::vector<std::string>{} : std::vector<std::string>{text});
 }

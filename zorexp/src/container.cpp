@@ -1,5 +1,6 @@
 #include "zorexp/container.hpp"
 
+#include "zorexp/sets.hpp"
 #include "zorexp/text.hpp"
 
 int VX_Container::Register(VX_Type* member, const char* name, const char* description, int flags) {
@@ -28,4 +29,12 @@ bool VX_Container::PropertyNameToId(const char* name, int& id) const {
 VX_Type* VX_Container::ContainedObject(int index) const {
     if (index < 0 || index >= static_cast<int>(m_props.size())) return nullptr;
     return m_props[static_cast<std::size_t>(index)].object;
+}
+
+int VX_Container::InitialiseInternalIndexSet(VX_Set& set, const VX_Value& value, int) {
+    // The set follows the model: a value of the model context replaces what it had, whatever
+    // its level, so that a second pass in the same call sees the parameters the first changed.
+    VX_Value v(value);
+    v.Stamp(value.Context(), 32767, value.Ordinal());
+    return set.VALUE().Assign(&v);
 }

@@ -1,5 +1,6 @@
 #include "zorexp/parameters.hpp"
 
+#include "zorexp/references.hpp"
 #include "zorexp/runtime_defaults.hpp"
 
 namespace d = vx_defaults;
@@ -66,4 +67,17 @@ VX_LOGICALPARAMETER& VX_LOGICALPARAMETER::operator=(const VX_LOGICALPARAMETER& o
     VX_VarParam::operator=(o);
     m_value = o.m_value;
     return *this;
+}
+
+bool VX_INTEGERPARAMETER::ContainerDerivesFrom(const char* id) const {
+    return id && VX_EqualCI(id, VX_IntegerParameterContainerId());
+}
+bool VX_REALPARAMETER::ContainerDerivesFrom(const char* id) const {
+    return id && VX_EqualCI(id, VX_RealParameterContainerId());
+}
+bool VX_STRINGPARAMETER::ContainerDerivesFrom(const char* id) const {
+    return id && VX_EqualCI(id, VX_StringParameterContainerId());
+}
+bool VX_LOGICALPARAMETER::ContainerDerivesFrom(const char* id) const {
+    return id && VX_EqualCI(id, VX_LogicalParameterContainerId());
 }

@@ -2,12 +2,20 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cxxabi.h>
 
+#include <cstdlib>
+
+#include "zorexp/container.hpp"
 #include "zorexp/model_type.hpp"
 #include "zorexp/type.hpp"
 #include "zorexp/variable.hpp"
 
 namespace {
+// The holder of a session's globals: a container without a type of its own, so that a global's
+// path is its name.
+class GlobalHolder final : public VX_Container {};
+
 // The current session lives in the runtime alone: code of a model library, built with hidden
 // visibility, must never hold a copy of it.
 VX_Session* s_current = nullptr;
@@ -46,9 +54,10 @@ void VX_Session::CountElements(std::size_t from, std::size_t to, const VX_Type& 
 }
 
 VX_Session::~VX_Session() {
-    for (VX_Variable* v : m_columns)
+    for (VX_VarParam* v : m_columns)
         if (v) v->SetColumn(-1);
     for (auto& [name, g] : m_globals) g.destroy(g.object);
+    m_globals.clear();
     if (s_current == this) s_current = nullptr;
 }
 
@@ -59,7 +68,7 @@ VX_Session* VX_Session::MakeCurrent(VX_Session* s) {
 }
 
 void VX_Session::ResetNumbering() {
-    for (VX_Variable* v : m_columns)
+    for (VX_VarParam* v : m_columns)
         if (v) v->SetColumn(-1);
     m_columns.clear();
     m_rows = 0;
@@ -67,7 +76,8 @@ void VX_Session::ResetNumbering() {
     VX_ModelType::m_stLastGroup = 0;
 }
 
-int VX_Session::ColumnOf(VX_Variable& v) {
+int VX_Session::ColumnOf(VX_VarParam& v) {
+    if (!v.RealSlot()) return -1;
     if (v.Column() < 0) {
         v.SetColumn(static_cast<int>(m_columns.size()));
         m_columns.push_back(&v);
@@ -75,10 +85,48 @@ int VX_Session::ColumnOf(VX_Variable& v) {
     return v.Column();
 }
 
-void VX_Session::ForgetVariable(VX_Variable& v) {
+void VX_Session::ForgetColumn(VX_VarParam& v) {
     const int c = v.Column();
     if (c >= 0 && c < static_cast<int>(m_columns.size()) && m_columns[static_cast<std::size_t>(c)] == &v)
         m_columns[static_cast<std::size_t>(c)] = nullptr;
+}
+
+const char* VX_Session::InternLabel(const char* label) {
+    return m_labels.emplace(label ? label : "").first->c_str();
+}
+
+void VX_Session::ReportFailure(std::int32_t status, const VX_Type* object, std::string operation, std::string message) {
+    m_failure = VX_Failure{status, object, std::move(operation), std::move(message)};
+}
+
+void VX_Session::NoteRefusal(const VX_VarParam& object, const char* attribute, const VX_Value& value,
+                             const std::string& reason) {
+    VX_Refusal r{&object, object.Path(), attribute ? attribute : "", value.ToString(), reason, value.Ordinal()};
+    for (auto& old : m_refusals)
+        if (old.object == &object && old.attribute == r.attribute) {
+            old = std::move(r);   // the latest attempt replaces an earlier one of the same target
+            return;
+        }
+    m_refusals.push_back(std::move(r));
+}
+
+void VX_Session::ForgetRefusals(const VX_VarParam& object) {
+    std::erase_if(m_refusals, [&](const VX_Refusal& r) { return r.object == &object; });
+}
+
+void VX_Session::Name(VX_Type& global, const std::string& name) {
+    if (!m_globalHolder) m_globalHolder = std::make_unique<GlobalHolder>();
+    auto& holder = static_cast<GlobalHolder&>(*m_globalHolder);
+    global.SetOwner(&holder, holder.Register(&global, InternLabel(name.c_str()), nullptr, 0));
+}
+
+std::string VX_Session::GlobalTypeClash(const std::string& name, const VX_Type& existing, const std::type_info& wanted) {
+    int status = 0;
+    char* raw = abi::__cxa_demangle(wanted.name(), nullptr, nullptr, &status);
+    std::string want = (status == 0 && raw) ? raw : wanted.name();
+    std::free(raw);
+    if (want.rfind("VX_", 0) == 0) want.erase(0, 3);
+    return "global " + name + " is declared as " + want + " here but as " + existing.TypeName() + " by another block";
 }
 
 std::string VX_Session::Key(const char* name) {
@@ -120,4 +168,8 @@ const VX_ComponentListData* VX_Session::FindComponentList(const std::string& nam
 
 const VX_ComponentListData* VX_Session::DefaultComponentList() const {
     return m_lists.empty() ? nullptr : &m_lists.front();
+}
+
+void VX_Session::AddNote(std::string text) {
+    if (std::find(m_notes.begin(), m_notes.end(), text) == m_notes.end()) m_notes.push_back(std::move(text));
 }

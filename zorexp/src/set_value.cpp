@@ -158,3 +158,19 @@ VX_IntSetValue::VX_IntSetValue(const char* stored)
 
 VX_StrSetValue::VX_StrSetValue(const char* stored)
     : m_data(std::make_shared<VX_StrSetData>(VX_ParseStrSet(stored ? stored : ""))) {}
+
+VX_StrSetValue operator*(const VX_StrSetValue& a, const VX_StrSetValue& b) {
+    std::vector<std::string> common;
+    for (const std::string& m : a.Data().Members())
+        if (b.Data().Contains(m)) common.push_back(m);
+    return VX_StrSetValue(std::move(common));
+}
+
+VX_IntSetValue operator*(const VX_IntSetValue& a, const VX_IntSetValue& b) {
+    // Range by range: each overlap of a range of A with a range of B is kept whole.
+    auto common = std::make_shared<VX_IntSetData>();
+    for (const auto& [alow, ahigh] : a.Data().Ranges())
+        for (const auto& [blow, bhigh] : b.Data().Ranges())
+            if (std::max(alow, blow) <= std::min(ahigh, bhigh)) common->AddRange(std::max(alow, blow), std::min(ahigh, bhigh));
+    return VX_IntSetValue(std::shared_ptr<const VX_IntSetData>(std::move(common)));
+}

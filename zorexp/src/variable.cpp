@@ -31,15 +31,14 @@ VX_RUNTIME_DEFAULT(VX_DefaultISCONNECTEDASOUTPUT, (false, 0))
 VX_RUNTIME_DEFAULT(VX_DefaultINTEGERPHYSICALQUANTITY, (0, 0))
 #undef VX_RUNTIME_DEFAULT
 
-VX_Variable::~VX_Variable() {
-    if (m_column >= 0) VX_Session::Current().ForgetVariable(*this);
-}
+VX_Variable::~VX_Variable() = default;
 
 void VX_Variable::InitializeSystemAttributes() {
     *m_slot = VX_DefaultVALUE()->RealValue();
     m_lower = VX_DefaultLOWER()->RealValue();
     m_upper = VX_DefaultUPPER()->RealValue();
     m_spec = static_cast<std::int8_t>(VX_DefaultSPEC()->IntValue());
+    if (VX_DefaultRECORD()->LogicalValue()) m_attrFlags |= 1u << (VX_ATTR_RECORD - VX_ATTR_RECORD);
 }
 
 VX_Variable& VX_Variable::operator=(const VX_Variable& o) {

@@ -49,15 +49,42 @@ const char* VX_VarParam::KindName() const {
     return "property";
 }
 
+namespace {
+const char* const kAttrNames[VX_ATTR_COUNT] = {"VALUE", "SPEC", "LOWER", "UPPER", "RECORD", "ISMATCHED", "ISCONNECTED"};
+}  // namespace
+
+const char* VX_AttrName(VX_Attr a) { return a < VX_ATTR_COUNT ? kAttrNames[a] : ""; }
+
+VX_Attr VX_AttrFromName(const char* name) {
+    for (int a = 0; a < VX_ATTR_COUNT; ++a)
+        if (name && VX_EqualCI(name, kAttrNames[a])) return static_cast<VX_Attr>(a);
+    return VX_ATTR_COUNT;
+}
+
 VX_VarParam& VX_VarParam::operator=(const VX_VarParam& o) {
     m_sources = o.m_sources;
     m_spec = o.m_spec;
+    m_attrFlags = o.m_attrFlags;
     for (int a = 0; a < VX_ATTR_COUNT; ++a) m_levels[a] = o.m_levels[a];
     return *this;
 }
 
 VX_VarParam::~VX_VarParam() {
+    if (m_column >= 0) VX_Session::Current().ForgetColumn(*this);
     if (m_flags & kHasExtras) Extras().erase(this);
+}
+
+double* VX_VarParam::RealSlot() {
+    if (m_kind == RealVariable) return static_cast<VX_Variable&>(*this).m_slot;
+    if (m_kind == RealParameter) return &static_cast<VX_REALPARAMETER&>(*this).m_value;
+    return nullptr;
+}
+
+VX_HRESULT VX_VarParam::SetDefault(const VX_Value& value) {
+    if (!CheckValue(VX_ATTR_VALUE, value).empty()) return VX_E_INVALIDARG;
+    if (SourceOf(VX_ATTR_VALUE) != VX_SRC_DEFAULT) return VX_S_FALSE;
+    Store(VX_ATTR_VALUE, value);
+    return VX_S_OK;
 }
 
 void VX_VarParam::RecordRead() const { VX_Session::Current().NoteRead(); }
@@ -67,6 +94,12 @@ std::string VX_VarParam::CheckValue(VX_Attr attr, const VX_Value& value) const {
     auto wrongKind = [&](const char* expected) {
         return std::string("expects ") + expected + ", got " + value.KindName() + " " + Quote(value.ToString());
     };
+    if (attr >= VX_ATTR_RECORD) {
+        if (m_kind != RealVariable) return std::string("has no attribute ") + VX_AttrName(attr);
+        if (kind == VX_Value::Logical) return "";
+        if (kind == VX_Value::Integer && (value.IntValue() == 0 || value.IntValue() == 1)) return "";
+        return wrongKind("a logical (true or false)");
+    }
     if (attr == VX_ATTR_SPEC) {
         if (m_kind != RealVariable) return "has no spec";
         const int code = kind == VX_Value::Spec || kind == VX_Value::Integer ? value.IntValue() : 0;
@@ -131,6 +164,11 @@ std::string VX_VarParam::CheckValue(VX_Attr attr, const VX_Value& value) const {
 }
 
 void VX_VarParam::Store(VX_Attr attr, const VX_Value& value) {
+    if (attr >= VX_ATTR_RECORD) {
+        const unsigned bit = 1u << (attr - VX_ATTR_RECORD);
+        m_attrFlags = static_cast<std::uint8_t>(value.IntValue() != 0 ? (m_attrFlags | bit) : (m_attrFlags & ~bit));
+        return;
+    }
     switch (m_kind) {
     case RealVariable: {
         auto& self = static_cast<VX_Variable&>(*this);
@@ -139,7 +177,7 @@ void VX_VarParam::Store(VX_Attr attr, const VX_Value& value) {
         case VX_ATTR_LOWER: self.m_lower = value.RealValue(); break;
         case VX_ATTR_UPPER: self.m_upper = value.RealValue(); break;
         case VX_ATTR_SPEC: m_spec = static_cast<std::int8_t>(value.IntValue()); break;
-        case VX_ATTR_COUNT: break;
+        default: break;
         }
         break;
     }
@@ -177,7 +215,11 @@ void VX_VarParam::Store(VX_Attr attr, const VX_Value& value) {
 VX_AssignStatus VX_VarParamProp::Assign(const VX_Value* value) const {
     if (!value) return VX_AS_REFUSED;
     VX_VarParam& t = *m_target;
-    if (!t.CheckValue(m_attr, *value).empty()) return VX_AS_REFUSED;
+    if (std::string why = t.CheckValue(m_attr, *value); !why.empty()) {
+        // A model's refused assignment is kept for the user to see, not lost.
+        if (!value->IsUserValue()) VX_Session::Current().NoteRefusal(t, VX_AttrName(m_attr), *value, why);
+        return VX_AS_REFUSED;
+    }
     const bool user = value->IsUserValue();
     const VX_Source current = t.SourceOf(m_attr);
     if (!user) {

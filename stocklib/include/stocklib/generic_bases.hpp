@@ -57,6 +57,9 @@ public:
     VX_HRESULT HostPortType(int type) override { m_hostPortType = type; return VX_S_OK; }
     int HostPortTypeValue() const { return m_hostPortType; }
 
+protected:
+    void MarkConnected(bool connected) override;
+
 private:
     VX_COMPONENTLISTNAME m_componentList;
     VX_LOGICALPARAMETER m_isConnected;

@@ -37,6 +37,16 @@ public:
     std::string IndexText(int position) const override;
 
     VX_IndexKind KindOf(std::size_t dim) const { return m_dims.at(dim).kind; }
+    std::ptrdiff_t PositionOf(int dim, int index) const override {
+        return m_dims[static_cast<std::size_t>(dim)].kind == VX_IndexKind::I ? PositionIn(static_cast<std::size_t>(dim), index) : -1;
+    }
+    std::ptrdiff_t PositionOfText(int dim, const char* index) const override;
+    std::ptrdiff_t Stride(int dim) const override { return m_dims[static_cast<std::size_t>(dim)].stride; }
+    int DimSize(int dim) const override { return static_cast<int>(m_dims[static_cast<std::size_t>(dim)].size); }
+    const void* DimSet(int dim) const override {
+        const Dim& d = m_dims[static_cast<std::size_t>(dim)];
+        return d.kind == VX_IndexKind::I ? static_cast<const void*>(d.ints.get()) : static_cast<const void*>(d.strs.get());
+    }
     // The set of one index; std::invalid_argument when the index is of the other kind.
     const VX_IntSetData& IntegerIndexSet(std::size_t dim) const;
     const VX_StrSetData& StringIndexSet(std::size_t dim) const;

@@ -25,6 +25,15 @@ public:
     virtual std::string IndexText(int position) const = 0;
 
     int Size() const { return static_cast<int>(m_elements.size()); }
+
+    // Positional access for generated equations: the position of an index along one dimension
+    // (-1 when it is not a member), the flat distance between neighbours along it, and the set
+    // data it runs over (to check that a loop walks the dimension in the same order).
+    virtual std::ptrdiff_t PositionOf(int dim, int index) const = 0;
+    virtual std::ptrdiff_t PositionOfText(int dim, const char* index) const = 0;
+    virtual std::ptrdiff_t Stride(int) const { return 1; }
+    virtual int DimSize(int) const { return Size(); }
+    virtual const void* DimSet(int dim) const = 0;
     // Values of an array of variables, side by side in set order (null for other arrays).
     const double* Values() const { return m_values.get(); }
     VX_Type* At(int position) const { return m_elements[static_cast<std::size_t>(position)]; }
@@ -63,6 +72,16 @@ public:
     void IndexSetChanged() override { if (m_source) Resize(static_cast<const VX_INTEGERSET*>(m_source)->Shared()); }
     VX_Type* CreateMissingArrayElement(const char* indexText) override;
     std::string IndexText(int position) const override;
+    std::ptrdiff_t PositionOf(int, int index) const override {
+        if (m_contiguous) {
+            const long off = static_cast<long>(index) - m_low;
+            return (off >= 0 && off < static_cast<long>(m_elements.size())) ? off : -1;
+        }
+        auto p = m_set->PositionOf(index);
+        return p ? static_cast<std::ptrdiff_t>(*p) : -1;
+    }
+    std::ptrdiff_t PositionOfText(int dim, const char* index) const override;
+    const void* DimSet(int) const override { return m_set.get(); }
 
     // Element for an index; null when the index is not in the set.
     VX_Type* Find(int index) const {
@@ -119,6 +138,12 @@ public:
     void IndexSetChanged() override { if (m_source) Resize(static_cast<const VX_STRINGSET*>(m_source)->Shared()); }
     VX_Type* CreateMissingArrayElement(const char* indexText) override;
     std::string IndexText(int position) const override;
+    std::ptrdiff_t PositionOf(int dim, int index) const override;
+    std::ptrdiff_t PositionOfText(int, const char* index) const override {
+        auto p = index ? m_set->PositionOf(index) : std::nullopt;
+        return p ? static_cast<std::ptrdiff_t>(*p) : -1;
+    }
+    const void* DimSet(int) const override { return m_set.get(); }
 
     // Element for an index text (compared without regard to case); null when absent.
     VX_Type* Find(const char* index) const;
@@ -143,3 +168,10 @@ private:
     void Resize(std::shared_ptr<const VX_StrSetData> set);
     std::shared_ptr<const VX_StrSetData> m_set;
 };
+
+// Checks, for generated equations that read an array by the position of a loop over a set,
+// that the array's dimension runs over that very set; throws std::logic_error otherwise.
+void VX_CheckIndexedBy(const VX_Matrix& array, int dim, const VX_IntSetData& set);
+void VX_CheckIndexedBy(const VX_Matrix& array, int dim, const VX_StrSetData& set);
+// Throws the std::out_of_range that names an array and an index it does not have.
+[[noreturn]] void VX_ThrowMissingElement(const VX_Matrix& array, const char* index);

@@ -9,7 +9,8 @@ public:
     explicit VX_COMPONENTLISTNAME(bool initialize = true) : VX_STRINGPARAMETER(initialize) {}
     bool IsComponentListName() const override { return true; }
     // The components of the named list (the session's default list when no name is set);
-    // empty when the list does not exist.
+    // empty when the list does not exist (always the same empty set, so that arrays sized over
+    // it and loops over it agree).
     VX_StrSetValue v() const;
     const VX_ComponentListData* List() const;
     VX_HRESULT BeginPropertiesCall() { return VX_S_OK; }
@@ -23,6 +24,9 @@ public:
         : m_list(&list), m_option(option) {}
     // The option's value; Empty when the list or the option does not exist.
     SUValue v() const;
+    // The option as a set of texts (such as SEGMENTS): its members in the stored-set form
+    // ("S1\"S2\""), or a plain text as one member; empty when there is no such option.
+    VX_StrSetValue StringSet() const;
 
 private:
     const VX_COMPONENTLISTNAME* m_list;

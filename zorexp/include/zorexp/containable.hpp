@@ -119,7 +119,8 @@ public:
     virtual int SetUpEquations();
     VX_NOTIMPL_OP(CreateConnectionPort)
     VX_NOTIMPL_OP(FindConnectionPort)
-    virtual const char* Script(const char*, int) const { return nullptr; }
+    // The text of a model script (wide text, as hosts display it); null when there is none.
+    virtual const wchar_t* Script(const char*, int) const { return nullptr; }
     VX_NOTIMPL_OP(Precall)
     VX_NOTIMPL_OP(Postcall)
 

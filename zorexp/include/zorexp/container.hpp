@@ -4,6 +4,9 @@
 
 #include "zorexp/type.hpp"
 
+class VX_Set;
+class VX_Value;
+
 struct VX_PropertyEntry {
     VX_Type* object;
     const char* name;          // static text of the generated code
@@ -25,6 +28,11 @@ public:
 
     // Registration (used by VX_Type::AddProperty); returns the slot.
     int Register(VX_Type* member, const char* name, const char* description, int flags);
+
+    // Sets an internal index set (the set an array of this container is sized over, which users
+    // do not set). pass counts the times one call of ExecuteAssignments sets it (0, 1, ...).
+    // Returns the assignment status.
+    int InitialiseInternalIndexSet(VX_Set& set, const VX_Value& value, int pass);
 
 protected:
     VX_Container() = default;

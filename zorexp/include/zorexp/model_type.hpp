@@ -4,11 +4,15 @@
 // object, how many equations and Jacobian entries each group has, so that Residuals and
 // Jacobian can skip groups that were not asked for.
 #include <cstdint>
+#include <exception>
+#include <string>
 #include <vector>
 
 #include "zorexp/container.hpp"
 #include "zorexp/session.hpp"
 #include "zorexp/sets.hpp"
+
+class VX_ProcedureType;
 
 enum VX_ExprOp : int {
 #define VX_EXPR_OP(name, code, arity) name = code,
@@ -48,13 +52,24 @@ public:
     void AddNonZero(VX_SetIter& iterator);
     // Records this object's running equation count; its result is SetUpEquations' result.
     int SetLocalEqnCount(int n);
+    // Opens (or continues) a group and counts equations and Jacobian entries in it at once: the
+    // equations of one procedure call.
+    void AddToGroup(int group, int equations, int nonzeros);
+    // Takes ownership of a bound procedure whose equations belong to group. Procedures are kept
+    // in the order they are added, those of one group one after another, and live until the
+    // next SetUpEquations or the object's end.
+    void AddProcCall(VX_ProcedureType* proc, int group);
+    // The id-th procedure (from 0) added for group, or null: the way Residuals, Jacobian and
+    // JacPattern reach the procedures of a call statement.
+    VX_ProcedureType* ProcedureEquation(int group, int id) const;
 
     // --- evaluation (Residuals, Jacobian)
     bool ContainsGroup(int group) const;
     void AddEqnsInGroup(int group, int& index) const;
     void AddNZsandProcsInGroup(int group, int& index) const;
 
-    // --- pattern (JacPattern): starts one equation row and returns its row index.
+    // --- pattern (JacPattern): starts one equation row and returns its row index. The label is
+    // copied: the runtime keeps it.
     int AddEquation(const char* label, VX_EquationType** types);
     int AddEquation(VX_EquationType* type, const char* label, VX_EquationType** types);
     VX_HRESULT AddConditional(int) { return VX_E_NOTIMPL; }
@@ -78,8 +93,9 @@ public:
     const std::vector<std::pair<const char*, int>>& RowLabels() const { return m_rowLabels; }
     // The label of the k-th row of this object (k counted from 0).
     const char* RowLabel(int k) const;
-    // Clears the set-up state before a new SetUpEquations pass.
+    // Clears the set-up state (and frees the procedures) before a new SetUpEquations pass.
     void ResetEquations();
+    ~VX_ModelType() override;
 
 protected:
     VX_ModelType() = default;
@@ -96,7 +112,17 @@ private:
     int m_currentGroup = -1;   // index into m_groups of the group being declared
     int m_equationCount = 0;
     std::vector<std::pair<const char*, int>> m_rowLabels;
+    // Owned procedures in the order added; m_procGroups holds (group, index of its first).
+    std::vector<VX_ProcedureType*> m_procs;
+    std::vector<std::pair<int, int>> m_procGroups;
 };
+
+// Reports that an operation of a model failed, with a message naming what (kept by the current
+// session for the host), and returns the status the operation must return (VX_E_MODEL).
+int VX_ReportFailure(const VX_Type& model, const char* operation, const char* message);
+// The same for an exception a model operation caught: VX_E_SIZE_LIMIT for an array that would
+// pass the session's limit of elements, VX_E_MODEL otherwise; `context` is added to the message.
+int VX_ReportFailure(const VX_Type& model, const char* operation, const std::exception& e, const std::string& context = {});
 
 // Expression interface: the runtime keeps an expression form of each equation, fed by
 // JacPattern. Declared in its slot order.
@@ -199,7 +225,6 @@ public:
     bool Tripped() const override { return false; }
     VX_HRESULT QueryInterface(const VX_GUID& iid, void** out) override;
     void AddNZsandProcsInGroup(int group, int& index) const { VX_ModelType::AddNZsandProcsInGroup(group, index); }
-    VX_HRESULT AddProcCall() { return VX_E_NOTIMPL; }
 
 protected:
     VX_ModelTypeEx() = default;
@@ -223,15 +248,28 @@ protected:
 class VX_PortType : public VX_ModelType {
 public:
     bool IsAPort() const override { return true; }
-    // Connection bookkeeping is the host's: this runtime does not join ports yet.
-    VX_HRESULT Connect(VX_PortType*) { return VX_E_NOTIMPL; }
-    VX_HRESULT Disconnect() { return VX_E_NOTIMPL; }
+    // Joins this port to another (VX_Connection makes the equations that tie their variables):
+    // both are marked connected. Refused when either is connected already.
+    VX_HRESULT Connect(VX_PortType* other);
+    VX_HRESULT Disconnect();
     VX_HRESULT RegisterNotifier(void*) { return VX_E_NOTIMPL; }
+    VX_PortType* Partner() const { return m_partner; }
+    // 4 for an inlet, 8 for an outlet, 12 for a port that may be either, 0 when its owner did not
+    // say (the registration flags of the property that holds it, or its multiport's direction).
+    int PortDirection() const;
 
 protected:
     VX_PortType() = default;
     VX_PortType(const VX_PortType& o) : VX_ModelType(o) {}
     VX_PortType& operator=(const VX_PortType& o) { VX_ModelType::operator=(o); return *this; }
+    ~VX_PortType() override {
+        if (m_partner) m_partner->m_partner = nullptr;
+    }
+    // Sets the port's connection flag (the base-type library's generic port keeps it).
+    virtual void MarkConnected(bool) {}
+
+private:
+    VX_PortType* m_partner = nullptr;   // never copied: connections belong to the original
 };
 
 class VX_PortTypeEx : public VX_WithExpressions<VX_PortType> {

@@ -13,6 +13,8 @@ public:
     VX_INTEGERPARAMETER(const VX_INTEGERPARAMETER&) = default;
     VX_INTEGERPARAMETER& operator=(const VX_INTEGERPARAMETER& o);
     VX_INTEGERPARAMETER& operator*() { return *this; }
+    // Every parameter of this kind, whatever its type, answers to the kind's container id.
+    bool ContainerDerivesFrom(const char* id) const override;
 
     virtual const VX_Value* VX_DefaultVALUE() const;
     virtual const VX_Value* VX_DefaultLOWER() const;
@@ -39,6 +41,8 @@ public:
     VX_REALPARAMETER(const VX_REALPARAMETER&) = default;
     VX_REALPARAMETER& operator=(const VX_REALPARAMETER& o);
     VX_REALPARAMETER& operator*() { return *this; }
+    // Every parameter of this kind, whatever its type, answers to the kind's container id.
+    bool ContainerDerivesFrom(const char* id) const override;
 
     virtual const VX_Value* VX_DefaultVALUE() const;
     virtual const VX_Value* VX_DefaultLOWER() const;
@@ -69,6 +73,8 @@ public:
     VX_STRINGPARAMETER(const VX_STRINGPARAMETER&) = default;
     VX_STRINGPARAMETER& operator=(const VX_STRINGPARAMETER& o);
     VX_STRINGPARAMETER& operator*() { return *this; }
+    // Every parameter of this kind, whatever its type, answers to the kind's container id.
+    bool ContainerDerivesFrom(const char* id) const override;
 
     virtual const VX_Value* VX_DefaultVALUE() const;
     virtual const VX_Value* VX_DefaultVALID() const;
@@ -93,6 +99,8 @@ public:
     VX_LOGICALPARAMETER(const VX_LOGICALPARAMETER&) = default;
     VX_LOGICALPARAMETER& operator=(const VX_LOGICALPARAMETER& o);
     VX_LOGICALPARAMETER& operator*() { return *this; }
+    // Every parameter of this kind, whatever its type, answers to the kind's container id.
+    bool ContainerDerivesFrom(const char* id) const override;
 
     virtual const VX_Value* VX_DefaultVALUE() const;
 

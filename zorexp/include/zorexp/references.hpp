@@ -18,14 +18,37 @@ protected:
     VX_Type* m_target = nullptr;
 };
 
-// A reference to the global parameter of type T with the registered name.
+// A reference to the global of type T with the registered name: a parameter shared by every
+// block of a flowsheet (PI, EPS, ...) or a structure (a reaction configuration). The first
+// declaration fixes the global's type; a reference of another type is left unlinked and the
+// session keeps the reason (VX_E_WRONGKIND), which the driver reports before any evaluation.
 template <class T>
 class VX_Global : public VX_GlobalBase {
 public:
     VX_Global() = default;
     VX_HRESULT GlobalLink(const char* name) override {
-        m_target = &VX_Session::Current().template Global<T>(name);
-        return VX_S_OK;
+        std::string why;
+        m_target = VX_Session::Current().template Global<T>(name, &why);
+        if (m_target) return VX_S_OK;
+        VX_Session::Current().ReportFailure(VX_E_WRONGKIND, this, "GlobalLink", why);
+        return VX_E_WRONGKIND;
+    }
+    T& operator*() const { return *static_cast<T*>(m_target); }
+    T* operator->() const { return static_cast<T*>(m_target); }
+};
+
+// A reference to a global structure (the structure lives in the session, one per name).
+class VX_GlobalStructureRefBase : public VX_GlobalBase {};
+template <class T>
+class VX_GlobalStructureRef : public VX_GlobalStructureRefBase {
+public:
+    VX_GlobalStructureRef() = default;
+    VX_HRESULT GlobalLink(const char* name) override {
+        std::string why;
+        m_target = VX_Session::Current().template Global<T>(name, &why);
+        if (m_target) return VX_S_OK;
+        VX_Session::Current().ReportFailure(VX_E_WRONGKIND, this, "GlobalLink", why);
+        return VX_E_WRONGKIND;
     }
     T& operator*() const { return *static_cast<T*>(m_target); }
     T* operator->() const { return static_cast<T*>(m_target); }
@@ -70,6 +93,22 @@ protected:
     VX_Type* m_target = nullptr;
 };
 
+// The flowsheet's global behind an external reference to a parameter that nothing else binds
+// (a mixer's EPS or GLOBALPDRIVEN): the session's global of the reference's name, made of the
+// reference's kind (real, integer, text or logical parameter) when no block declared it yet.
+// Null for references to anything else: those are bound by path.
+VX_Type* VX_SessionGlobalFor(const VX_ExternalBase& reference, const char* name);
+
+// Throws std::logic_error naming the reference when nothing is linked to it (a global declared
+// with another type elsewhere, an external nobody bound): equations cannot use it.
+void VX_CheckLinked(const VX_GlobalBase& reference, const char* name);
+void VX_CheckLinked(const VX_ExternalBase& reference, const char* name);
+void VX_CheckLinked(const VX_VirtualBase& reference, const char* name);
+
 // Container id of runtime types, used by references to check what they are linked to.
 const char* VX_RealVariableContainerId();
 const char* VX_MatrixContainerId();
+const char* VX_IntegerParameterContainerId();
+const char* VX_RealParameterContainerId();
+const char* VX_StringParameterContainerId();
+const char* VX_LogicalParameterContainerId();

@@ -4,18 +4,41 @@
 // One session is current at a time; VX_Session::Current() always yields one.
 #include <cstddef>
 #include <limits>
+#include <deque>
 #include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <typeinfo>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "zorexp/text.hpp"
 #include "zorexp/value.hpp"
 
 class VX_Type;
+class VX_VarParam;
 class VX_Variable;
+
+// Why an operation of a model failed: its status, the object and operation, and the message.
+// Models return a negative status; the message stays here for the host to show.
+struct VX_Failure {
+    std::int32_t status = 0;
+    const VX_Type* object = nullptr;   // valid while the object lives
+    std::string operation;             // "SetUpEquations", "Residuals", ...
+    std::string message;
+};
+
+// A model assignment the runtime refused (the property kept its value).
+struct VX_Refusal {
+    const VX_VarParam* object = nullptr;
+    std::string path;                  // of the property within its top object
+    std::string attribute;             // "VALUE", "SPEC", ...
+    std::string value;
+    std::string reason;
+    int ordinal = 0;                   // of the assignment statement
+};
 
 struct VX_ComponentListData {
     std::string name;
@@ -52,19 +75,40 @@ public:
     // Forgets row and column numbers and resets the group counter.
     void ResetNumbering();
     int NextRow() { return m_rows++; }
+    // Starts numbering rows from 0 again (a new pattern pass over the same equations).
+    void RestartRows() { m_rows = 0; m_tape.clear(); }
     int RowCount() const { return m_rows; }
-    int ColumnOf(VX_Variable& v);   // numbers the variable on first use
-    const std::vector<VX_Variable*>& Columns() const { return m_columns; }
-    void ForgetVariable(VX_Variable& v);   // a numbered variable is being destroyed
+    // Numbers a real variable or real parameter on first use; -1 for other properties.
+    int ColumnOf(VX_VarParam& v);
+    const std::vector<VX_VarParam*>& Columns() const { return m_columns; }
+    void ForgetColumn(VX_VarParam& v);   // a numbered property is being destroyed
 
-    // --- global parameters, one object per name (case-insensitive)
+    // --- equation labels: kept by the session, so models may pass any text
+    const char* InternLabel(const char* label);
+
+    // --- failures of models (the status channel's text) and refused assignments
+    void ReportFailure(std::int32_t status, const VX_Type* object, std::string operation, std::string message);
+    const VX_Failure& LastFailure() const { return m_failure; }
+    void ClearFailure() { m_failure = VX_Failure{}; }
+    void NoteRefusal(const VX_VarParam& object, const char* attribute, const VX_Value& value, const std::string& reason);
+    const std::vector<VX_Refusal>& Refusals() const { return m_refusals; }
+    void ForgetRefusals(const VX_VarParam& object);
+
+    // --- globals: one object per name (case-insensitive), of the type the first declaration
+    // gives it. A later declaration of another type gets null and the reason in *why.
     template <class T>
-    T& Global(const char* name) {
+    T* Global(const char* name, std::string* why = nullptr) {
         std::string key = Key(name);
         auto it = m_globals.find(key);
-        if (it == m_globals.end())
-            it = m_globals.emplace(key, Owned{new T(true), [](VX_Type* p) { delete static_cast<T*>(p); }}).first;
-        return *static_cast<T*>(it->second.object);
+        if (it == m_globals.end()) {
+            it = m_globals.emplace(key, Owned{new T(true), [](VX_Type* p) { delete static_cast<T*>(p); }, &typeid(T)}).first;
+            Name(*it->second.object, key);
+        }
+        if (*it->second.type != typeid(T)) {
+            if (why) *why = GlobalTypeClash(key, *it->second.object, typeid(T));
+            return nullptr;
+        }
+        return static_cast<T*>(it->second.object);
     }
     VX_Type* FindGlobal(const char* name) const;
     std::vector<std::pair<std::string, VX_Type*>> Globals() const;
@@ -74,6 +118,12 @@ public:
                              std::map<std::string, SUValue> options = {});
     const VX_ComponentListData* FindComponentList(const std::string& name) const;
     const VX_ComponentListData* DefaultComponentList() const;
+    // All lists in definition order; a list keeps its position when it is redefined.
+    const std::vector<VX_ComponentListData>& ComponentLists() const { return m_lists; }
+
+    // --- notes that routines leave for the log (a note already kept is not kept twice)
+    void AddNote(std::string text);
+    const std::vector<std::string>& Notes() const { return m_notes; }
 
     // --- a guard on size: how many array elements the session may hold in all. Arrays count
     // their elements here before they grow, so that an absurd size (say, a set of two
@@ -107,12 +157,20 @@ private:
     struct Owned {
         VX_Type* object;
         void (*destroy)(VX_Type*);
+        const std::type_info* type;
     };
     static std::string Key(const char* name);
+    // Gives a global its path: its name, as a property of the session's own holder.
+    void Name(VX_Type& global, const std::string& name);
+    static std::string GlobalTypeClash(const std::string& name, const VX_Type& existing, const std::type_info& wanted);
 
     int m_rows = 0;
-    std::vector<VX_Variable*> m_columns;
+    std::vector<VX_VarParam*> m_columns;
+    std::unordered_set<std::string> m_labels;
+    VX_Failure m_failure;
+    std::vector<VX_Refusal> m_refusals;
     std::unordered_map<std::string, Owned> m_globals;
+    std::unique_ptr<VX_Type> m_globalHolder;   // the container the globals are properties of
     std::vector<VX_ComponentListData> m_lists;
     bool m_recording = false;
     long m_reads = 0;
@@ -120,4 +178,5 @@ private:
     std::vector<ExprItem> m_tape;
     std::size_t m_elementLimit;
     std::size_t m_elements = 0;
+    std::vector<std::string> m_notes;
 };

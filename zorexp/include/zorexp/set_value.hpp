@@ -84,3 +84,9 @@ public:
 private:
     std::shared_ptr<const VX_StrSetData> m_data;
 };
+
+// The set product A * B: the members of A that B holds too, in A's order (texts compared
+// without regard to case). A component-list option that names the components carrying some
+// data, taken * the list's components, gives the components of this list that carry it.
+VX_StrSetValue operator*(const VX_StrSetValue& a, const VX_StrSetValue& b);
+VX_IntSetValue operator*(const VX_IntSetValue& a, const VX_IntSetValue& b);

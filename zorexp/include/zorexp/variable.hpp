@@ -68,8 +68,10 @@ public:
         m_own = *m_slot;
         m_slot = &m_own;
     }
-    int Column() const { return m_column; }
-    void SetColumn(int c) { m_column = c; }
+    // Where the address of the value is kept. It stays put for the variable's life, while the
+    // address itself moves when an array re-seats its values: readers that keep it across
+    // evaluations (procedure packing) read the value as **ValueSlotAddress().
+    double* const* ValueSlotAddress() const { return &m_slot; }
 
 protected:
     VX_Variable() : VX_VarParam(RealVariable) {}

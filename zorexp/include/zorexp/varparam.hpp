@@ -6,8 +6,17 @@
 #include "zorexp/type.hpp"
 #include "zorexp/value.hpp"
 
-// Attributes of variables and parameters that can be addressed as properties.
-enum VX_Attr : std::uint8_t { VX_ATTR_VALUE = 0, VX_ATTR_SPEC = 1, VX_ATTR_LOWER = 2, VX_ATTR_UPPER = 3, VX_ATTR_COUNT = 4 };
+// Attributes of variables and parameters that can be addressed as properties. The last three
+// are logical flags of variables: RECORD (keep a history), ISMATCHED (a connection matches the
+// variable with one of another port) and ISCONNECTED (the variable is connected).
+enum VX_Attr : std::uint8_t {
+    VX_ATTR_VALUE = 0, VX_ATTR_SPEC = 1, VX_ATTR_LOWER = 2, VX_ATTR_UPPER = 3,
+    VX_ATTR_RECORD = 4, VX_ATTR_ISMATCHED = 5, VX_ATTR_ISCONNECTED = 6, VX_ATTR_COUNT = 7
+};
+// "VALUE", "SPEC", ...; the attribute of a name compared without regard to case (VX_ATTR_COUNT
+// when the name is none).
+const char* VX_AttrName(VX_Attr a);
+VX_Attr VX_AttrFromName(const char* name);
 
 // Who set an attribute last.
 enum VX_Source : std::uint8_t { VX_SRC_DEFAULT = 0, VX_SRC_MODEL = 1, VX_SRC_USER = 2 };
@@ -49,6 +58,19 @@ public:
     const char* KindName() const;
 
     VX_VarParamProp VALUE() { return {*this, VX_ATTR_VALUE}; }
+    VX_VarParamProp LOWER() { return {*this, VX_ATTR_LOWER}; }
+    VX_VarParamProp UPPER() { return {*this, VX_ATTR_UPPER}; }
+    VX_VarParamProp RECORD() { return {*this, VX_ATTR_RECORD}; }
+    VX_VarParamProp ISMATCHED() { return {*this, VX_ATTR_ISMATCHED}; }
+    VX_VarParamProp ISCONNECTED() { return {*this, VX_ATTR_ISCONNECTED}; }
+    // The current value of a logical attribute (RECORD, ISMATCHED, ISCONNECTED).
+    bool Flag(VX_Attr a) const { return a >= VX_ATTR_RECORD && a < VX_ATTR_COUNT && (m_attrFlags >> (a - VX_ATTR_RECORD)) & 1u; }
+    // Sets the value a property starts with, in place of its type's default; it stays a default
+    // (any assignment replaces it). Refused values leave the property as it is.
+    VX_HRESULT SetDefault(const VX_Value& value);
+    // The real value a solver or a finite-difference check moves: the value of a real variable or
+    // real parameter; null for other properties.
+    double* RealSlot();
     // Assigns the VALUE attribute (the form generated assignments use).
     VX_AssignStatus Assign(const VX_Value* value) { return VALUE().Assign(value); }
     // Assigns as the user: checked, recorded as a user value. On refusal, *why says why; a set
@@ -58,6 +80,9 @@ public:
     VX_HRESULT RetractNonModelAssignment() override;
 
     VX_Source SourceOf(VX_Attr a) const { return static_cast<VX_Source>((m_sources >> (2 * a)) & 3u); }
+    // Solver column of a real variable or real parameter that appears in an equation (-1: none).
+    int Column() const { return m_column; }
+    void SetColumn(int c) { m_column = c; }
     int LevelOf(VX_Attr a) const { return m_levels[a]; }
 
     // A named extra property of this parameter (such as "VALID"), made on first use from its
@@ -80,13 +105,14 @@ protected:
     explicit VX_VarParam(Kind kind) : m_kind(kind) {}
     // Copies carry the value's provenance, never the solver column or extra properties.
     VX_VarParam(const VX_VarParam& o)
-        : VX_Type(o), m_kind(o.m_kind), m_sources(o.m_sources), m_spec(o.m_spec),
-          m_levels{o.m_levels[0], o.m_levels[1], o.m_levels[2], o.m_levels[3]} {}
+        : VX_Type(o), m_kind(o.m_kind), m_spec(o.m_spec), m_attrFlags(o.m_attrFlags), m_sources(o.m_sources) {
+        for (int a = 0; a < VX_ATTR_COUNT; ++a) m_levels[a] = o.m_levels[a];
+    }
     VX_VarParam& operator=(const VX_VarParam& o);
     ~VX_VarParam() override;
 
     void SetSource(VX_Attr a, VX_Source s, int level) {
-        m_sources = static_cast<std::uint8_t>((m_sources & ~(3u << (2 * a))) | (static_cast<unsigned>(s) << (2 * a)));
+        m_sources = static_cast<std::uint16_t>((m_sources & ~(3u << (2 * a))) | (static_cast<unsigned>(s) << (2 * a)));
         m_levels[a] = static_cast<std::int16_t>(level);
     }
     // Stores an already checked value into the attribute.
@@ -98,10 +124,11 @@ protected:
 
     Kind m_kind;
     std::uint8_t m_flags = 0;
-    std::uint8_t m_sources = 0;         // 2 bits per attribute: VX_Source
     std::int8_t m_spec = VX_SPEC_FREE;  // used by variables
-    std::int32_t m_column = -1;         // used by variables: solver column, -1 until numbered
-    std::int16_t m_levels[VX_ATTR_COUNT] = {0, 0, 0, 0};
+    std::uint8_t m_attrFlags = 0;       // RECORD, ISMATCHED, ISCONNECTED, one bit each
+    std::uint16_t m_sources = 0;        // 2 bits per attribute: VX_Source
+    std::int32_t m_column = -1;         // solver column of a real variable or parameter, -1 until numbered
+    std::int16_t m_levels[VX_ATTR_COUNT] = {};
 
     friend class VX_VarParamProp;
 };

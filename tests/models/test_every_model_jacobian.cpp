@@ -1,0 +1,113 @@
+// Every type that a model description defines, under the settings its description lists for
+// checks (or its defaults): the driver's pattern, residuals and Jacobian agree with each other,
+// and every analytic entry agrees with a finite difference at several random points near the
+// type's default values. New types join by themselves.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <charconv>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "checks/driver_jacobian_check.hpp"
+#include "frame/check_cases.hpp"
+#include "model_driver.hpp"
+
+namespace {
+
+struct Released {
+    void operator()(VX_ModelType* m) const { delete m; }
+};
+
+// "NPTS=3" as a user value of the property it names: an integer, a real number or a text by
+// the property's kind.
+void ApplySetting(VX_ModelType& m, const std::string& setting) {
+    const auto eq = setting.find('=');
+    ASSERT_NE(eq, std::string::npos) << setting;
+    const std::string path = setting.substr(0, eq), text = setting.substr(eq + 1);
+    VX_PathResolution found = VX_ResolvePath(m, path);
+    ASSERT_NE(found.object, nullptr) << found.problem;
+    // A multiport takes the names of its connections, separated by commas.
+    if (auto* multiport = dynamic_cast<VX_MULTIPORT_BaseType*>(found.object)) {
+        for (std::size_t start = 0; start <= text.size();) {
+            const auto end = std::min(text.find(',', start), text.size());
+            std::string why;
+            ASSERT_NE(multiport->AddConnection(text.substr(start, end - start), &why), nullptr) << setting << ": " << why;
+            start = end + 1;
+        }
+        return;
+    }
+    auto* p = dynamic_cast<VX_VarParam*>(found.object);
+    ASSERT_NE(p, nullptr) << path;
+    VX_Value value;
+    switch (p->GetKind()) {
+    case VX_VarParam::IntegerParameter: value = VX_Value(std::stoi(text), 0); break;
+    case VX_VarParam::RealVariable:
+    case VX_VarParam::RealParameter: value = VX_Value(std::stod(text), 0); break;
+    case VX_VarParam::LogicalParameter: value = VX_Value(text == "true", 0); break;
+    default: value = VX_Value(text.c_str(), 0); break;
+    }
+    std::string why;
+    ASSERT_NE(p->AssignUser(VX_ATTR_VALUE, value, &why), VX_AS_REFUSED) << setting << ": " << why;
+}
+
+class EveryModel : public ::testing::TestWithParam<VX_CheckCase> {};
+
+TEST_P(EveryModel, JacobianAgreesWithFiniteDifferences) {
+    const VX_CheckCase& c = GetParam();
+    ScopedSession session;
+    session->DefineComponentList("CHECK", {"WATER", "METHANOL", "ETHANOL"});
+    std::unique_ptr<VX_ModelType, Released> model(c.make());
+    VX_ProtocolDriver driver;
+    driver.AddBlock(*model);
+    // External references to parameters stand for the flowsheet's globals, as in the host; the
+    // settings may then give them values.
+    ASSERT_GE(LinkGlobals(driver), 0) << driver.LastFailure().message;
+    std::string settings = c.settings;
+    for (std::size_t start = 0; !settings.empty() && start <= settings.size();) {
+        const auto end = std::min(settings.find(';', start), settings.size());
+        ApplySetting(*model, settings.substr(start, end - start));
+        start = end + 1;
+    }
+    for (int pass = 0; pass < 2; ++pass) {
+        ASSERT_GE(driver.SetDims(), 0) << driver.LastFailure().message;
+        ASSERT_GE(driver.ExecuteAssignments(0, VX_CTX_MODEL), 0) << driver.LastFailure().message;
+    }
+    ASSERT_GE(driver.SetUpEquations(), 0) << driver.LastFailure().operation << ": " << driver.LastFailure().message;
+    const std::vector<std::string> problems = zx::checks::CheckDriverStructure(driver);
+    EXPECT_TRUE(problems.empty()) << problems.front();
+
+    std::mt19937 random(20261123);
+    std::uniform_real_distribution<double> u(-1.0, 1.0);
+    const std::vector<VX_VarParam*> columns = session->Columns();
+    std::vector<double> start;
+    for (VX_VarParam* v : columns) start.push_back(*v->RealSlot());
+    for (int point = 0; point < 3; ++point) {
+        for (std::size_t k = 0; k < columns.size(); ++k) {
+            auto* v = dynamic_cast<VX_Variable*>(columns[k]);
+            if (!v) continue;   // parameters keep the values the model gives them
+            const double x = start[k] * (1.0 + 0.4 * u(random)) + 0.5 * u(random);
+            v->SetSolverValue(std::clamp(x, v->Lower(), v->Upper()));
+        }
+        const auto result = zx::checks::CheckDriverJacobian(driver);
+        EXPECT_FALSE(result.evaluationFailed) << driver.LastFailure().message;
+        EXPECT_TRUE(result.ok()) << c.type << " \"" << c.name << "\", point " << point << ": worst entry "
+                                 << (result.worst.empty() ? std::string("?")
+                                                          : result.worst[0].rowName + " / " + result.worst[0].columnName)
+                                 << ", analytic " << (result.worst.empty() ? 0.0 : result.worst[0].analytic) << ", fd "
+                                 << (result.worst.empty() ? 0.0 : result.worst[0].finiteDifference);
+    }
+}
+
+std::string CaseName(const ::testing::TestParamInfo<VX_CheckCase>& info) {
+    std::string name = std::string(info.param.type) + "_" + info.param.name;
+    for (char& ch : name)
+        if (!std::isalnum(static_cast<unsigned char>(ch))) ch = '_';
+    return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Described, EveryModel, ::testing::ValuesIn(kVX_CheckCases), CaseName);
+
+}  // namespace
