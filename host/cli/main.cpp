@@ -24,6 +24,7 @@
 #include "model_library.hpp"
 #include "out_of_memory.hpp"
 #include "procedures_listing.hpp"
+#include "script_command.hpp"
 #include "report_json.hpp"
 #include "report_table.hpp"
 #include "types_listing.hpp"
@@ -161,6 +162,20 @@ int main(int argc, char** argv) {
     check->add_option("FLOWSHEET", checkOptions.file, "Flowsheet file (JSON).")->required();
     addLimit(check);
 
+    zx::flowsheet::SweepCommandOptions sweepOptions;
+    auto* sweep = app.add_subcommand("sweep", "Solve a flowsheet at each value of one fixed variable or real parameter.");
+    sweep->add_option("FLOWSHEET", sweepOptions.file, "Flowsheet file (JSON).")->required();
+    sweep->add_option("--vary", sweepOptions.vary, "BLOCK.PATH=START:STOP:STEPS (STEPS + 1 evenly spaced values).")->required();
+    sweep->add_flag("--json", sweepOptions.json, "Print the points as JSON.");
+    auto* sweepCsv = sweep->add_option("--csv", sweepOptions.csvFile, "Also write one row per point to this CSV file.");
+    addLimit(sweep);
+
+    std::string scriptType, scriptName;
+    auto* script = app.add_subcommand("script", "Print a script that a type hands its host, as UTF-8 text.");
+    script->add_option("TYPE", scriptType, "Type name, with or without VX_.")->required();
+    script->add_option("NAME", scriptName, "Script name (any case), such as Initialize.")->required();
+    script->add_flag("--json", json, "Print JSON: type, name, index, length and lines.");
+
     std::string componentId;
     auto* components = app.add_subcommand("components", "List the component database, or one component with every value, unit and source.");
     components->add_option("ID", componentId, "Component id or alias (any case).");
@@ -168,10 +183,12 @@ int main(int argc, char** argv) {
 
     if (argc > 1 && argv[1][0] != '-') {
         bool known = false;
-        for (auto* sub : {types, describe, procedures, solve, analyse, check, components}) known = known || sub->check_name(argv[1]);
+        for (auto* sub : {types, describe, procedures, solve, analyse, check, sweep, script, components})
+            known = known || sub->check_name(argv[1]);
         if (!known) {
             Fail(std::string("unknown command \"") + VX_BriefText(argv[1]) +
-                 "\" (the commands are types, describe, procedures, solve, analyse, check-jacobian and components)");
+                 "\" (the commands are types, describe, procedures, solve, analyse, check-jacobian, sweep, script and "
+                 "components)");
             return kExitBadInput;
         }
     }
@@ -191,15 +208,20 @@ int main(int argc, char** argv) {
             return kExitBadInput;
         }
     }
+    if (sweep->parsed() && sweepCsv->count() > 0 && sweepOptions.csvFile.empty()) {
+        Fail("--csv: give the name of the file to write");
+        return kExitBadInput;
+    }
     VX_Session::SetDefaultElementLimit(maxUnknowns > 0 ? maxUnknowns : ElementLimitFromMemory(AvailableMemory()));
 
     int status = kExitOk;
     try {
-        if (solve->parsed() || analyse->parsed() || check->parsed()) {
+        if (solve->parsed() || analyse->parsed() || check->parsed() || sweep->parsed()) {
             const auto create = zx::flowsheet::CreatorFromFactories(
                 [](const std::string& type) { return ModelLibrary::Instance().FindFactory(type); });
             if (solve->parsed()) status = zx::flowsheet::RunSolve(solveOptions, create, std::cout, std::cerr);
             else if (analyse->parsed()) status = zx::flowsheet::RunAnalyse(analyseOptions, create, std::cout, std::cerr);
+            else if (sweep->parsed()) status = zx::flowsheet::RunSweep(sweepOptions, create, std::cout, std::cerr);
             else status = zx::flowsheet::RunCheckJacobian(checkOptions, create, std::cout, std::cerr);
         } else if (types->parsed()) {
             Emit(ListTypes(), json);
@@ -209,6 +231,8 @@ int main(int argc, char** argv) {
             Print(json ? ProceduresJson(listing, single).dump(2) + "\n" : ProceduresText(listing, single));
         } else if (components->parsed()) {
             Print(ComponentsReport(componentId, json));
+        } else if (script->parsed()) {
+            Print(ScriptReport(scriptType, scriptName, json));
         } else {
             CheckText("TYPE", args.type);
             const DescribeResult result = Describe(args.type, MakeRequest(args));

@@ -34,6 +34,31 @@ VX_Type* Dereference(VX_Type* t) {
     return t;
 }
 
+// A fixed value from the file that lies outside the bounds the block's assignments (or the file)
+// gave its variable (a temperature above a property block's T_MAX): the solver would never move
+// it, and the models would be evaluated where they do not hold.
+void CheckFixedValuesWithinBounds(const FlowsheetDocument& doc, const std::vector<Block>& blocks) {
+    for (std::size_t b = 0; b < doc.blocks.size(); ++b) {
+        for (const SetEntry& e : doc.blocks[b].sets) {
+            auto found = zorexp_cli::ResolvePath(*blocks[b].model, e.path);
+            if (!found.object) continue;
+            ForEachVariable(*found.object, [&](VX_Variable& v) {
+                const double x = v.fv();
+                if (v.SourceOf(VX_ATTR_VALUE) != VX_SRC_USER || v.CurrSpec() != VX_SPEC_FIXED) return;
+                const bool above = x > v.Upper();
+                // Only bounds that were given (by the block or the file), not a type's defaults.
+                if (!above && !(x < v.Lower())) return;
+                if (v.SourceOf(above ? VX_ATTR_UPPER : VX_ATTR_LOWER) == VX_SRC_DEFAULT) return;
+                throw InputError(e.pointer,
+                                 blocks[b].name + "." + v.Path() + ": fixed value " + VX_Value(x, 0).ToString() +
+                                     " lies " + (above ? "above the upper" : "below the lower") + " bound " +
+                                     VX_Value(above ? v.Upper() : v.Lower(), 0).ToString(),
+                                 e.pos);
+            });
+        }
+    }
+}
+
 }  // namespace
 
 BlockCreator CreatorFromFactories(std::function<FactoryFunction(const std::string& typeName)> find) {
@@ -220,7 +245,10 @@ void Flowsheet::SetUp(const FlowsheetDocument& doc) {
         havePrevious = true;
         previous = shape;
         if (!settled) continue;
-        if (pending.empty()) return;
+        if (pending.empty()) {
+            CheckFixedValuesWithinBounds(doc, m_blocks);
+            return;
+        }
         if (arraysToo) {
             const Pending& p = pending.front();
             auto found = zorexp_cli::ResolvePath(*m_blocks[p.block].model, p.entry->path);

@@ -1,5 +1,6 @@
 #include "flowsheet/flowsheet_commands.hpp"
 
+#include <algorithm>
 #include <memory>
 #include <new>
 #include <optional>
@@ -10,6 +11,8 @@
 #include "flowsheet/results_output.hpp"
 #include "flowsheet/steady_state_solve.hpp"
 #include "flowsheet/structure_diagnosis.hpp"
+#include "flowsheet/sweep.hpp"
+#include "flowsheet/sweep_output.hpp"
 
 namespace zx::flowsheet {
 namespace {
@@ -55,16 +58,16 @@ std::optional<Prepared> Prepare(const std::string& file, const BlockCreator& cre
 
 // The CSV file is prepared before anything is read, so that a path that cannot be written is
 // refused at once, and written only for a solution.
-std::unique_ptr<OutputFile> PrepareCsv(const SolveCommandOptions& options, std::ostream& err, int& status) {
-    if (SameFile(options.csvFile, options.file)) {
-        err << options.csvFile << ": is the flowsheet file itself: give another file for the results\n";
+std::unique_ptr<OutputFile> PrepareCsv(const std::string& csvFile, const std::string& file, std::ostream& err, int& status) {
+    if (SameFile(csvFile, file)) {
+        err << csvFile << ": is the flowsheet file itself: give another file for the results\n";
         status = kExitBadInput;
         return nullptr;
     }
     std::string why;
-    std::unique_ptr<OutputFile> csv = OutputFile::Create(options.csvFile, why);
+    std::unique_ptr<OutputFile> csv = OutputFile::Create(csvFile, why);
     if (!csv) {
-        err << options.csvFile << ": cannot write the CSV file: " << why << "\n";
+        err << csvFile << ": cannot write the CSV file: " << why << "\n";
         status = kExitBadInput;
     }
     return csv;
@@ -81,7 +84,7 @@ void WriteStatusLine(const std::string& status, const char* meaning, std::ostrea
 int RunSolve(const SolveCommandOptions& options, const BlockCreator& create, std::ostream& out, std::ostream& err) {
     int status = kExitOk;
     std::unique_ptr<OutputFile> csv;
-    if (!options.csvFile.empty() && !(csv = PrepareCsv(options, err, status))) return status;
+    if (!options.csvFile.empty() && !(csv = PrepareCsv(options.csvFile, options.file, err, status))) return status;
     std::optional<Prepared> p = Prepare(options.file, create, err, status);
     if (!p) return status;
     const StructureDiagnosis diagnosis = DiagnoseStructure(*p->system);
@@ -140,6 +143,50 @@ int RunCheckJacobian(const CheckJacobianCommandOptions& options, const BlockCrea
     WriteJacobianCheck(*p->system, result, options.check, out);
     p->system.reset();
     return (result.failures == 0 && !result.evaluationFailed) ? kExitOk : kExitNotConverged;
+}
+
+int RunSweep(const SweepCommandOptions& options, const BlockCreator& create, std::ostream& out, std::ostream& err) {
+    int status = kExitOk;
+    SweepRange range;
+    try {
+        range = ParseSweepRange(options.vary);
+    } catch (const InputError& e) {
+        err << e.Location() << ": " << e.what() << "\n";
+        return kExitBadInput;
+    }
+    std::unique_ptr<OutputFile> csv;
+    if (!options.csvFile.empty() && !(csv = PrepareCsv(options.csvFile, options.file, err, status))) return status;
+    std::optional<Prepared> p = Prepare(options.file, create, err, status);
+    if (!p) return status;
+    std::unique_ptr<SweepEngine> engine;
+    try {
+        engine = std::make_unique<SweepEngine>(*p->system, range);
+    } catch (const InputError& e) {
+        err << e.Location() << ": " << e.what() << "\n";
+        return kExitBadInput;
+    }
+    const StructureDiagnosis diagnosis = DiagnoseStructure(*p->system);
+    WriteDiagnosis(diagnosis, err);
+    if (!diagnosis.Solvable()) {
+        if (options.json) WriteDiagnosisJson(diagnosis, out);
+        return kExitNotSolvable;
+    }
+    const std::vector<SweepPoint> points = engine->Run(options.solver, [&](int k, const SweepPoint& point) {
+        err << SweepProgressLine(*engine, k, point) << "\n";
+    });
+    if (options.json) WriteSweepJson(*engine, points, out);
+    else WriteSweepText(*engine, points, out);
+    if (csv) {
+        WriteSweepCsv(*engine, points, csv->Stream());
+        if (std::string why; !csv->Commit(why)) {
+            err << options.csvFile << ": " << why << "\n";
+            return kExitNotConverged;
+        }
+    }
+    const bool all = std::all_of(points.begin(), points.end(), [](const SweepPoint& q) { return q.converged; });
+    engine.reset();
+    p->system.reset();
+    return all ? kExitOk : kExitNotConverged;
 }
 
 }  // namespace zx::flowsheet

@@ -28,6 +28,14 @@ struct AnalyseCommandOptions {
     bool json = false;
 };
 
+struct SweepCommandOptions {
+    std::string file;
+    std::string vary;              // BLOCK.PATH=START:STOP:STEPS
+    bool json = false;             // the points as JSON on out instead of a table
+    std::string csvFile;           // also write one row per point to this CSV file (never the input file)
+    zx::solve::SolverOptions solver;
+};
+
 struct CheckJacobianCommandOptions {
     std::string file;
     JacobianCheckOptions check;
@@ -36,6 +44,9 @@ struct CheckJacobianCommandOptions {
 // Sets up, analyses and solves; writes the results on out (also when not converged, then
 // marked as such) and the CSV file only for a solution.
 int RunSolve(const SolveCommandOptions& options, const BlockCreator& create, std::ostream& out, std::ostream& err);
+// Sets up, analyses, and solves at each value of the sweep from the last converged point, with a
+// progress line per point on err; writes every point (failed ones marked).
+int RunSweep(const SweepCommandOptions& options, const BlockCreator& create, std::ostream& out, std::ostream& err);
 // Sets up and analyses only: equations against unknowns, structural rank, what to fix.
 int RunAnalyse(const AnalyseCommandOptions& options, const BlockCreator& create, std::ostream& out, std::ostream& err);
 // Sets up and compares the analytic Jacobian with finite differences at the file's values.

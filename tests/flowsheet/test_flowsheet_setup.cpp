@@ -166,5 +166,20 @@ TEST(FlowsheetSetUp, RefusalsInsideValuesAreLocatedByLineAndColumn) {
     }
 }
 
+// A fixed value outside the bounds the block's own assignments give (a property block's limits
+// from its globals) is the file's fault; the globals move the bounds, and a free start value is
+// left to the solver.
+TEST(FlowsheetSetUp, FixedValuesOutsideTheBlocksBoundsAreRefused) {
+    const auto sheet = [](const std::string& globals, const std::string& t) {
+        return R"({"components": {"w": ["WATER"]}, )" + globals + R"("blocks": {"L": {"type": "PROPS_LIQUID", "set": {"T": )" + t + "}}}}";
+    };
+    EXPECT_EQ(InputErrorOf(sheet("", R"({"value": 2500, "spec": "Fixed"})")),
+              "/blocks/L/set/T: L.T: fixed value 2500 lies above the upper bound 1995");
+    EXPECT_EQ(InputErrorOf(sheet(R"("globals": {"T_MIN": 0}, )", R"({"value": -5, "spec": "Fixed"})")),
+              "/blocks/L/set/T: L.T: fixed value -5 lies below the lower bound 0");
+    EXPECT_EQ(InputErrorOf(sheet(R"("globals": {"T_MAX": 3000}, )", R"({"value": 2500, "spec": "Fixed"})")), "no error");
+    EXPECT_EQ(InputErrorOf(sheet("", "2500")), "no error");
+}
+
 }  // namespace
 }  // namespace zx::flowsheet
