@@ -45,7 +45,7 @@ const VX_RegistryEntry& FindContainer(const std::string& typeName) {
     const VX_RegistryEntry* entry = VX_RegistryFind(typeName.c_str());
     if (!entry && typeName.size() > 3 && VX_EqualCI(typeName.substr(0, 3).c_str(), "VX_"))
         entry = VX_RegistryFind(typeName.substr(3).c_str());
-    if (!entry) throw BadInput("unknown type \"" + typeName + "\" (zorexp types lists them all)");
+    if (!entry) throw BadInput("unknown type \"" + VX_BriefText(typeName) + "\" (zorexp types lists them all)");
     if (!entry->exported)
         throw BadInput(std::string(entry->name) + " is a " + entry->kind + " type: only models carry scripts");
     return *entry;
@@ -65,7 +65,7 @@ std::string ScriptReport(const std::string& typeName, const std::string& scriptN
     if (!text) {
         int count = 0;
         while (object->Script(nullptr, count)) ++count;
-        throw BadInput(std::string(entry.name) + " has no script \"" + scriptName + "\" (it has " +
+        throw BadInput(std::string(entry.name) + " has no script \"" + VX_BriefText(scriptName) + "\" (it has " +
                        (count == 0 ? std::string("none") : std::to_string(count) + (count == 1 ? " script" : " scripts")) +
                        ")");
     }
