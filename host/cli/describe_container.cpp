@@ -50,8 +50,13 @@ public:
         Check(m_driver.JacPattern(rows.data(), cols.data()));
         std::vector<double> residuals(static_cast<std::size_t>(equations));
         std::vector<double> values(static_cast<std::size_t>(nonzeros));
-        Check(m_driver.Residuals(residuals.data()));
-        Check(m_driver.Jacobian(values.data()));
+        // A block whose routines cannot evaluate at these settings (a property block without a
+        // component list) still has its equations; only their values are unavailable.
+        if (m_driver.Residuals(residuals.data()) < 0 || m_driver.Jacobian(values.data()) < 0) {
+            const VX_ProtocolDriver::Failure& f = m_driver.LastFailure();
+            unavailable = f.operation + " failed: " + f.message;
+            return {};
+        }
 
         std::vector<EquationReport> out(static_cast<std::size_t>(equations));
         for (const VX_ProtocolDriver::Unit& u : m_driver.Units()) {
