@@ -74,5 +74,24 @@ class SetAndFlagForms(unittest.TestCase):
                      "cannot read a variable's flags")
 
 
+class FilteredReductions(unittest.TestCase):
+    def test_a_filter_reads_parameters_and_loop_variables(self):
+        status, err = compile_text(HEAD + '''    N     : INTEGERPARAMETER
+    X     : TEMPERATURE over NUMS
+equations
+    Q = sum(j in NUMS where j <= N and j <> 2: X(j)) * prod(j in NUMS where j > N: X(j) - T)
+''')
+        self.assertEqual(status, 0, err)
+
+    def test_a_filter_reading_a_variable_is_refused(self):
+        status, err = compile_text(HEAD + '''    X     : TEMPERATURE over NUMS
+equations
+    Q = sum(j in NUMS where X(j) > 0: X(j))
+''')
+        self.assertEqual(status, 1, err)
+        self.assertIn("errors.model:9:", err)
+        self.assertIn("the filter of a sum reads parameters, sets and loop variables only", err)
+
+
 if __name__ == "__main__":
     unittest.main()
