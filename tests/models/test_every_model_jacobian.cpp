@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <map>
 #include <memory>
 #include <random>
 #include <string>
@@ -47,6 +48,16 @@ void ApplySetting(VX_ModelType& m, const std::string& setting) {
     case VX_VarParam::RealVariable:
     case VX_VarParam::RealParameter: value = VX_Value(std::stod(text), 0); break;
     case VX_VarParam::LogicalParameter: value = VX_Value(text == "true", 0); break;
+    case VX_VarParam::StringSet: {   // members separated by commas
+        std::vector<std::string> members;
+        for (std::size_t start = 0; start <= text.size();) {
+            const auto end = std::min(text.find(',', start), text.size());
+            members.push_back(text.substr(start, end - start));
+            start = end + 1;
+        }
+        value = VX_Value(VX_StrSetValue(std::move(members)), 0);
+        break;
+    }
     default: value = VX_Value(text.c_str(), 0); break;
     }
     std::string why;
@@ -57,20 +68,31 @@ class EveryModel : public ::testing::TestWithParam<VX_CheckCase> {};
 
 TEST_P(EveryModel, JacobianAgreesWithFiniteDifferences) {
     const VX_CheckCase& c = GetParam();
+    // Settings of the form option(NAME)=VALUE are options of the component list (a text value),
+    // the others settings of the model.
+    std::vector<std::string> settings;
+    std::map<std::string, SUValue> options;
+    const std::string all = c.settings;
+    for (std::size_t start = 0; !all.empty() && start <= all.size();) {
+        const auto end = std::min(all.find(';', start), all.size());
+        const std::string setting = all.substr(start, end - start);
+        start = end + 1;
+        const auto eq = setting.find('=');
+        if (setting.rfind("option(", 0) == 0 && eq != std::string::npos && eq > 8)
+            options[setting.substr(7, eq - 8)] = SUValue(setting.substr(eq + 1));
+        else
+            settings.push_back(setting);
+    }
     ScopedSession session;
-    session->DefineComponentList("CHECK", {"WATER", "METHANOL", "ETHANOL"});
+    session->DefineComponentList("CHECK", {"WATER", "METHANOL", "ETHANOL"}, options);
     std::unique_ptr<VX_ModelType, Released> model(c.make());
     VX_ProtocolDriver driver;
+    AddGlobalStructures(driver, *session);
     driver.AddBlock(*model);
-    // External references to parameters stand for the flowsheet's globals, as in the host; the
-    // settings may then give them values.
-    ASSERT_GE(LinkGlobals(driver), 0) << driver.LastFailure().message;
-    std::string settings = c.settings;
-    for (std::size_t start = 0; !settings.empty() && start <= settings.size();) {
-        const auto end = std::min(settings.find(';', start), settings.size());
-        ApplySetting(*model, settings.substr(start, end - start));
-        start = end + 1;
-    }
+    // External references to parameters stand for the flowsheet's globals, as in the host, the
+    // others get stand-ins; the settings may then give them values.
+    ASSERT_GE(LinkGlobalsAndStandIns(driver), 0) << driver.LastFailure().message;
+    for (const std::string& setting : settings) ApplySetting(*model, setting);
     for (int pass = 0; pass < 2; ++pass) {
         ASSERT_GE(driver.SetDims(), 0) << driver.LastFailure().message;
         ASSERT_GE(driver.ExecuteAssignments(0, VX_CTX_MODEL), 0) << driver.LastFailure().message;
