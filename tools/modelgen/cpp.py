@@ -141,6 +141,10 @@ class Emitter:
         for b in block.chain():
             if node.uid in b.names:
                 return b.names[node.uid]
+            # A loop that binds one of the node's variables again (a sum over c inside the
+            # entries' loop over c) hides the values computed outside it.
+            if b.binds & node.free:
+                return None
         return None
 
     def define(self, node, block, expr):

@@ -868,8 +868,9 @@ class TypeGen:
         for r in self.resolved:
             arr = em.object_expr(r.array, top) if r.array is not None else r.decl.cpp_access("")
             text = em.emit(r.node, top)
+            # -1 when there is no such element: only an equation that names it reads the
+            # position, and setting that equation up fails naming the array and the index.
             top.add(f"m_position[{r.slot}] = {arr}.PositionOfText({r.dim}, {text});")
-            top.add(f"if (m_position[{r.slot}] < 0) VX_ThrowMissingElement({arr}, {text});")
         groups = []
         for g in self.groups:
             block = Block(barrier="hard")
