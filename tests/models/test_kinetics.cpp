@@ -244,7 +244,7 @@ TEST(Lhhw, ScalesFollowTheBasisAndExponents) {
     b.Set("DR_EXP1(A,2)", 1.0);
     b.SetUp();
     EXPECT_DOUBLE_EQ(b.Value("DRVSCALE(1)"), 1e10);
-    EXPECT_DOUBLE_EQ(b.Value("ADSSCALE(1)"), 1e5);   // (1e5^0.5)^2
+    EXPECT_DOUBLE_EQ(b.Value("ADSSCALE(1)"), 1e5);   // (1e5^0.5 e^0)^2
     EXPECT_DOUBLE_EQ(b.Value("DRVSCALE(2)"), 1.0);
     EXPECT_DOUBLE_EQ(b.Value("ADSSCALE(2)"), 1.0);
 }
