@@ -90,7 +90,7 @@ equations
 ''')
         self.assertEqual(status, 1, err)
         self.assertIn("errors.model:9:", err)
-        self.assertIn("the filter of a sum reads parameters, sets and loop variables only", err)
+        self.assertIn("the filter of a sum reads integer and logical parameters", err)
 
 
 if __name__ == "__main__":
