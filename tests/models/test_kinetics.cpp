@@ -53,9 +53,18 @@ struct Alone {
     void SetUp() {
         ASSERT_GE(driver.ExecuteAssignments(0, VX_CTX_MODEL), 0) << driver.LastFailure().message;
         ASSERT_GE(driver.SetUpEquations(), 0) << driver.LastFailure().message;
-        std::vector<int> rows(static_cast<std::size_t>(driver.Entries())), cols(rows.size());
+        rows.assign(static_cast<std::size_t>(driver.Entries()), -1);
+        cols.assign(rows.size(), -1);
         ASSERT_GE(driver.JacPattern(rows.data(), cols.data()), 0) << driver.LastFailure().message;   // numbers the columns
     }
+    // The paths of a row's entries, in order.
+    std::vector<std::string> Entries(int row) {
+        std::vector<std::string> out;
+        for (std::size_t k = 0; k < rows.size(); ++k)
+            if (rows[k] == row) out.push_back(session->Columns()[static_cast<std::size_t>(cols[k])]->Path());
+        return out;
+    }
+    std::vector<int> rows, cols;
     std::vector<double> Residuals() {
         std::vector<double> r(static_cast<std::size_t>(driver.Rows()));
         EXPECT_GE(driver.Residuals(r.data()), 0) << driver.LastFailure().message;
@@ -196,6 +205,9 @@ TEST(PowerLaw, PowersStayFiniteAtTheEdges) {
     b.Set("PRE_EXP(1)", 1e-30);
     b.SetUp();
     // Rows: CONC(A), CONC(B), CONCA(A), CONCA(B), RATEP, ...
+    EXPECT_EQ(b.Entries(4), (std::vector<std::string>{"RATEP(1)", "HR_TO_S", "V(1)", "PRE_EXP(1)", "T", "C_TO_K", "TO(1)",
+                                                      "TEMP_EXP(1)", "ACT_ENERGY(1)", "R", "CONCA(A,1)", "EXPONENT(A,1)",
+                                                      "CONCA(B,1)", "EXPONENT(B,1)"}));
     b.Value("CONC(A,1)") = 2.0;
     b.Value("CONCA(A,1)") = 2.0;
     EXPECT_NEAR(b.Residuals()[2], -1e-9, 1e-15);
