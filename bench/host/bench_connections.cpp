@@ -12,6 +12,7 @@
 
 #include "flowsheet/equation_system.hpp"
 #include "flowsheet/flowsheet.hpp"
+#include "flowsheet/json_document.hpp"
 #include "flowsheet/steady_state_solve.hpp"
 #include "flowsheet/structure_diagnosis.hpp"
 #include "models/streams/materialstream.hpp"
@@ -36,13 +37,19 @@ VX_Type* Create(const std::string& type, std::string& error) {
 }
 
 ComponentListSpec Components() {
-    ComponentListSpec list{"feed", {}, {}, "/components/feed"};
+    ComponentListSpec list;
+    list.name = "feed";
+    list.pointer = "/components/feed";
     for (int c = 1; c <= kComponents; ++c) list.components.push_back("C" + std::to_string(c));
     return list;
 }
 
 void Set(BlockSpec& b, const std::string& path, Json value) {
-    b.sets.push_back(SetEntry{path, std::move(value), b.pointer + "/set/" + path});
+    SetEntry e;
+    e.path = path;
+    e.value = InputValue::Parse(value.dump());
+    e.pointer = b.pointer + "/set/" + path;
+    b.sets.push_back(std::move(e));
 }
 
 FlowsheetDocument Chain(int streams) {
@@ -51,10 +58,18 @@ FlowsheetDocument Chain(int streams) {
     doc.blocks.reserve(static_cast<std::size_t>(streams));
     for (int k = 0; k < streams; ++k) {
         const std::string name = "S" + std::to_string(k);
-        doc.blocks.push_back(BlockSpec{name, "MATERIALSTREAM", "", {}, "/blocks/" + name});
-        if (k > 0)
-            doc.connections.push_back(ConnectionSpec{"S" + std::to_string(k - 1) + ".OUT_F", name + ".IN_F", "",
-                                                     "/connections/" + std::to_string(k - 1)});
+        BlockSpec block;
+        block.name = name;
+        block.type = "MATERIALSTREAM";
+        block.pointer = "/blocks/" + name;
+        doc.blocks.push_back(std::move(block));
+        if (k > 0) {
+            ConnectionSpec c;
+            c.from = "S" + std::to_string(k - 1) + ".OUT_F";
+            c.to = name + ".IN_F";
+            c.pointer = "/connections/" + std::to_string(k - 1);
+            doc.connections.push_back(std::move(c));
+        }
     }
     BlockSpec& feed = doc.blocks.front();
     Set(feed, "F", 100.0);
@@ -74,7 +89,10 @@ FlowsheetDocument Block(int equations) {
     const int cells = equations - 1;
     FlowsheetDocument doc;
     doc.componentLists.push_back(Components());
-    BlockSpec b{"R1", "RPLUG_TCOOL", "", {}, "/blocks/R1"};
+    BlockSpec b;
+    b.name = "R1";
+    b.type = "RPLUG_TCOOL";
+    b.pointer = "/blocks/R1";
     Json temperatures = Json::array();
     for (int i = 1; i <= cells; ++i) temperatures.push_back(300.0 + 100.0 * (1.0 - static_cast<double>(i) / cells));
     Set(b, "NPTS", cells);

@@ -29,7 +29,7 @@ DescribeResult Describe(const std::string& typeName, const ContainerRequest& req
     DescribeResult result = DescribeNamed(typeName, request, found);
     if (!found && typeName.size() > 3 && VX_EqualCI(typeName.substr(0, 3).c_str(), "VX_"))
         result = DescribeNamed(typeName.substr(3), request, found);
-    if (!found) throw BadInput("unknown type \"" + typeName + "\" (zorexp types lists them all)");
+    if (!found) throw BadInput("unknown type \"" + VX_BriefText(typeName) + "\" (zorexp types lists them all)");
     return result;
 }
 

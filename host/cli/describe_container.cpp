@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "errors.hpp"
+#include "flowsheet/input_error.hpp"
 #include "frame/registry.hpp"
 #include "model_library.hpp"
 #include "property_inspection.hpp"
@@ -40,7 +41,7 @@ public:
     std::vector<EquationReport> Equations(std::optional<std::string>& unavailable) {
         if (m_driver.SetUpEquations() < 0) {
             const VX_ProtocolDriver::Failure& f = m_driver.LastFailure();
-            if (f.status != VX_E_MODEL) Check(f.status);
+            if (f.status != VX_E_MODEL) Check(f.status);   // a size limit or a broken protocol, not the settings
             unavailable = f.operation + " failed: " + f.message;
             return {};
         }
@@ -81,6 +82,8 @@ private:
         const VX_ProtocolDriver::Failure& f = m_driver.LastFailure();
         std::string who = m_entry.name;
         if (f.unit > 0) who += ", " + m_driver.Units()[static_cast<std::size_t>(f.unit)].object->Path();
+        // An array larger than the limit comes from the user's values: their input, not the model.
+        if (f.status == VX_E_SIZE_LIMIT) throw BadInput(who + ": " + f.operation + ": " + f.message + zx::flowsheet::kSizeLimitHint);
         throw HostFailure(who + ": " + f.operation + " failed: " + f.message);
     }
 

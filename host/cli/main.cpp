@@ -2,33 +2,48 @@
 // describes one of them (a container created through the library's own exports and driven
 // through the container protocol, or a variable or parameter type with its effective
 // defaults), and sets up, analyses and solves flowsheets of the library's types.
+#include <cerrno>
+#include <csignal>
+#include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <exception>
+#include <iostream>
+#include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <CLI/CLI.hpp>
-#include <iostream>
 
 #include "components_command.hpp"
 #include "describe.hpp"
 #include "errors.hpp"
 #include "flowsheet/flowsheet_commands.hpp"
+#include "memory_budget.hpp"
 #include "model_library.hpp"
+#include "out_of_memory.hpp"
 #include "procedures_listing.hpp"
 #include "report_json.hpp"
 #include "report_table.hpp"
 #include "types_listing.hpp"
+#include "zorexp/session.hpp"
+#include "zorexp/text.hpp"
 
 namespace {
 
 using namespace zorexp_cli;
 
+// Messages quote what users typed: on one line, and not at any length.
+void Fail(const std::string& message) { std::fprintf(stderr, "zorexp: %s\n", VX_BriefText(message, 2000).c_str()); }
+
 void Print(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }
 
 template <class Report>
 void Emit(const Report& report, bool json) {
-    Print(json ? ToJson(report).dump(2) + "\n" : ToText(report));
+    // Texts that are not UTF-8 cannot reach a report (arguments are checked), but a JSON
+    // writer must not fail on them either.
+    Print(json ? ToJson(report).dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n" : ToText(report));
 }
 
 struct DescribeArgs {
@@ -36,21 +51,65 @@ struct DescribeArgs {
     std::vector<std::string> components, sets, fixes, frees;
 };
 
+// Names and values of describe are text of the model's vocabulary: UTF-8 only.
+void CheckText(const char* option, const std::string& text) {
+    if (!VX_IsUtf8(text)) throw BadInput(std::string(option) + " " + VX_BriefText(text) + ": not UTF-8 text");
+}
+
 ContainerRequest MakeRequest(const DescribeArgs& args) {
     ContainerRequest request;
     for (const std::string& c : args.components) {
+        CheckText("--components", c);
         const auto first = c.find_first_not_of(" \t");
         if (first != std::string::npos) request.components.push_back(c.substr(first, c.find_last_not_of(" \t") - first + 1));
     }
-    for (const std::string& s : args.sets) request.assignments.push_back(ParseSetArgument(s));
-    for (const std::string& p : args.fixes) request.assignments.push_back({UserAssignment::Fix, p, {}});
-    for (const std::string& p : args.frees) request.assignments.push_back({UserAssignment::Free, p, {}});
+    for (const std::string& s : args.sets) {
+        CheckText("--set", s);
+        request.assignments.push_back(ParseSetArgument(s));
+    }
+    for (const std::string& p : args.fixes) {
+        CheckText("--fix", p);
+        request.assignments.push_back({UserAssignment::Fix, p, {}});
+    }
+    for (const std::string& p : args.frees) {
+        CheckText("--free", p);
+        request.assignments.push_back({UserAssignment::Free, p, {}});
+    }
     return request;
+}
+
+// What the user typed for an option, for messages.
+std::string Given(const CLI::Option* option) {
+    return option->results().empty() ? std::string() : "\"" + option->results().back() + "\"";
+}
+
+// Solver options that could only mislead are refused before anything is read.
+std::optional<std::string> SolveOptionProblem(const zx::flowsheet::SolveCommandOptions& o, const CLI::Option* tolerance,
+                                              const CLI::Option* iterations, const CLI::Option* csv) {
+    if (!std::isfinite(o.solver.tolerance) || o.solver.tolerance <= 0)
+        return "--tolerance " + Given(tolerance) + ": the tolerance must be a finite number above 0";
+    if (o.solver.max_iterations < 1) return "--max-iterations " + Given(iterations) + ": at least 1 iteration is needed";
+    if (csv->count() > 0 && o.csvFile.empty()) return "--csv: give the name of the file to write";
+    return std::nullopt;
+}
+
+// Everything written to standard output must have arrived: a full disk or a closed pipe
+// turns a success into a failure.
+int CheckStandardOutput(int status) {
+    std::cout.flush();
+    errno = 0;
+    const bool failed = !std::cout || std::fflush(stdout) != 0 || std::ferror(stdout);
+    if (!failed) return status;
+    Fail(std::string("writing to standard output failed") + (errno ? std::string(": ") + std::strerror(errno) : ""));
+    return status == kExitOk ? kExitHostFailure : status;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    InstallOutOfMemoryReserve();
+    // A closed pipe is a failed write like any other: reported, not a silent death by signal.
+    std::signal(SIGPIPE, SIG_IGN);
     CLI::App app{"Lists and describes the types of the Morvanex220_1 model library, and solves flowsheets."};
     app.name("zorexp");
     app.require_subcommand(1);
@@ -58,6 +117,13 @@ int main(int argc, char** argv) {
     bool json = false;
     auto* types = app.add_subcommand("types", "List every container, variable and parameter type.");
     types->add_flag("--json", json, "Print JSON.");
+
+    std::size_t maxUnknowns = 0;   // 0: from the memory available
+    auto addLimit = [&](CLI::App* command) {
+        command->add_option("--max-unknowns", maxUnknowns,
+                            "At most this many array elements in all (default: what the memory available holds).")
+            ->check(CLI::PositiveNumber);
+    };
 
     DescribeArgs args;
     auto* describe = app.add_subcommand("describe", "Describe one type: its properties and equations, or its defaults.");
@@ -67,6 +133,7 @@ int main(int argc, char** argv) {
     describe->add_option("--fix", args.fixes, "Fix a variable (repeatable).")->allow_extra_args(false);
     describe->add_option("--free", args.frees, "Free a variable (repeatable).")->allow_extra_args(false);
     describe->add_flag("--json", json, "Print JSON.");
+    addLimit(describe);
 
     std::string procedureName;
     auto* procedures = app.add_subcommand("procedures", "List the procedure declarations and whether their routines are found.");
@@ -77,19 +144,22 @@ int main(int argc, char** argv) {
     auto* solve = app.add_subcommand("solve", "Set up, analyse and solve a flowsheet file (steady state).");
     solve->add_option("FLOWSHEET", solveOptions.file, "Flowsheet file (JSON).")->required();
     solve->add_flag("--json", solveOptions.json, "Print the results as JSON.");
-    solve->add_option("--csv", solveOptions.csvFile, "Also write one row per variable to this CSV file.");
-    solve->add_option("--max-iterations", solveOptions.solver.max_iterations, "Newton iteration limit.");
-    solve->add_option("--tolerance", solveOptions.solver.tolerance, "Scaled residual tolerance.");
+    auto* csv = solve->add_option("--csv", solveOptions.csvFile, "Also write one row per variable to this CSV file (only for a solution).");
+    auto* iterations = solve->add_option("--max-iterations", solveOptions.solver.max_iterations, "Newton iteration limit (at least 1).");
+    auto* tolerance = solve->add_option("--tolerance", solveOptions.solver.tolerance, "Scaled residual tolerance (a finite number above 0).");
     solve->add_flag("!--no-log", solveOptions.iterationLog, "Do not print the iteration log.");
+    addLimit(solve);
 
     zx::flowsheet::AnalyseCommandOptions analyseOptions;
     auto* analyse = app.add_subcommand("analyse", "Count equations and unknowns and find the structural rank.");
     analyse->add_option("FLOWSHEET", analyseOptions.file, "Flowsheet file (JSON).")->required();
     analyse->add_flag("--json", analyseOptions.json, "Print JSON.");
+    addLimit(analyse);
 
     zx::flowsheet::CheckJacobianCommandOptions checkOptions;
     auto* check = app.add_subcommand("check-jacobian", "Compare the analytic Jacobian with finite differences.");
     check->add_option("FLOWSHEET", checkOptions.file, "Flowsheet file (JSON).")->required();
+    addLimit(check);
 
     std::string componentId;
     auto* components = app.add_subcommand("components", "List the component database, or one component with every value, unit and source.");
@@ -100,36 +170,38 @@ int main(int argc, char** argv) {
         bool known = false;
         for (auto* sub : {types, describe, procedures, solve, analyse, check, components}) known = known || sub->check_name(argv[1]);
         if (!known) {
-            std::fprintf(stderr, "zorexp: unknown command \"%s\" (the commands are types, describe, procedures, solve, analyse, check-jacobian and components)\n", argv[1]);
+            Fail(std::string("unknown command \"") + VX_BriefText(argv[1]) +
+                 "\" (the commands are types, describe, procedures, solve, analyse, check-jacobian and components)");
             return kExitBadInput;
         }
     }
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
-        return app.exit(e);
+        return CheckStandardOutput(app.exit(e));
     } catch (const CLI::CallForAllHelp& e) {
-        return app.exit(e);
+        return CheckStandardOutput(app.exit(e));
     } catch (const CLI::ParseError& e) {
-        std::fprintf(stderr, "zorexp: %s (zorexp --help shows the usage)\n", e.what());
+        Fail(std::string(e.what()) + " (zorexp --help shows the usage)");
         return kExitBadInput;
     }
-
-    if (solve->parsed() || analyse->parsed() || check->parsed()) {
-        try {
-            const auto create = zx::flowsheet::CreatorFromFactories(
-                [](const std::string& type) { return ModelLibrary::Instance().FindFactory(type); });
-            if (solve->parsed()) return zx::flowsheet::RunSolve(solveOptions, create, std::cout, std::cerr);
-            if (analyse->parsed()) return zx::flowsheet::RunAnalyse(analyseOptions, create, std::cout, std::cerr);
-            return zx::flowsheet::RunCheckJacobian(checkOptions, create, std::cout, std::cerr);
-        } catch (const HostFailure& e) {
-            std::fprintf(stderr, "zorexp: %s\n", e.what());
-            return kExitHostFailure;
+    if (solve->parsed()) {
+        if (auto problem = SolveOptionProblem(solveOptions, tolerance, iterations, csv)) {
+            Fail(*problem);
+            return kExitBadInput;
         }
     }
+    VX_Session::SetDefaultElementLimit(maxUnknowns > 0 ? maxUnknowns : ElementLimitFromMemory(AvailableMemory()));
 
+    int status = kExitOk;
     try {
-        if (types->parsed()) {
+        if (solve->parsed() || analyse->parsed() || check->parsed()) {
+            const auto create = zx::flowsheet::CreatorFromFactories(
+                [](const std::string& type) { return ModelLibrary::Instance().FindFactory(type); });
+            if (solve->parsed()) status = zx::flowsheet::RunSolve(solveOptions, create, std::cout, std::cerr);
+            else if (analyse->parsed()) status = zx::flowsheet::RunAnalyse(analyseOptions, create, std::cout, std::cerr);
+            else status = zx::flowsheet::RunCheckJacobian(checkOptions, create, std::cout, std::cerr);
+        } else if (types->parsed()) {
             Emit(ListTypes(), json);
         } else if (procedures->parsed()) {
             const bool single = !procedureName.empty();
@@ -138,18 +210,22 @@ int main(int argc, char** argv) {
         } else if (components->parsed()) {
             Print(ComponentsReport(componentId, json));
         } else {
+            CheckText("TYPE", args.type);
             const DescribeResult result = Describe(args.type, MakeRequest(args));
             std::visit([&](const auto& report) { Emit(report, json); }, result);
         }
-        return kExitOk;
     } catch (const BadInput& e) {
-        std::fprintf(stderr, "zorexp: %s\n", e.what());
-        return kExitBadInput;
+        Fail(e.what());
+        status = kExitBadInput;
     } catch (const HostFailure& e) {
-        std::fprintf(stderr, "zorexp: %s\n", e.what());
-        return kExitHostFailure;
+        Fail(e.what());
+        status = kExitHostFailure;
+    } catch (const std::bad_alloc&) {
+        Fail("out of memory: the flowsheet needs more memory than this process can have");
+        status = kExitHostFailure;
     } catch (const std::exception& e) {
-        std::fprintf(stderr, "zorexp: internal error: %s\n", e.what());
-        return kExitHostFailure;
+        Fail(std::string("internal error: ") + e.what());
+        status = kExitHostFailure;
     }
+    return CheckStandardOutput(status);
 }

@@ -3,9 +3,9 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
-#include <cstdlib>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "zorexp/set_value.hpp"
@@ -20,20 +20,24 @@ std::string_view Trim(std::string_view s) {
     return s;
 }
 
-bool ReadInteger(std::string_view s, int& out) {
+constexpr const char* kIntegerRange = "outside the range of integers (-2147483648 to 2147483647)";
+
+// A number of type T: an integer of 32 bits, or a real number in decimal or exponent form
+// ("2.5", "-1e-3"; "inf" and "nan" too: the assignment says what it thinks of those). Text of
+// the right form beyond T's range sets *problem.
+template <class T>
+bool ReadNumber(std::string_view s, T& out, std::string* problem) {
     s = Trim(s);
     if (!s.empty() && s.front() == '+') s.remove_prefix(1);
     auto [ptr, ec] = std::from_chars(s.data(), s.data() + s.size(), out);
-    return !s.empty() && ec == std::errc() && ptr == s.data() + s.size();
+    const bool whole = !s.empty() && ptr == s.data() + s.size();
+    if (whole && ec == std::errc::result_out_of_range && problem)
+        *problem = std::is_integral_v<T> ? "integer " + VX_BriefText(s) + " is " + kIntegerRange
+                                         : "number " + VX_BriefText(s) + " cannot be held as a real number (about 4.9e-324 to 1.8e308)";
+    return whole && ec == std::errc();
 }
-
-bool ReadReal(std::string_view s, double& out) {
-    const std::string text(Trim(s));
-    if (text.empty()) return false;
-    char* end = nullptr;
-    out = std::strtod(text.c_str(), &end);
-    return end == text.c_str() + text.size();
-}
+bool ReadInteger(std::string_view s, int& out, std::string* problem) { return ReadNumber(s, out, problem); }
+bool ReadReal(std::string_view s, double& out, std::string* problem) { return ReadNumber(s, out, problem); }
 
 std::vector<std::string_view> SplitCommas(std::string_view s) {
     std::vector<std::string_view> parts;
@@ -47,15 +51,16 @@ std::vector<std::string_view> SplitCommas(std::string_view s) {
 }
 
 // "1,3:5" (members and ranges); false when a member is not an integer or a range.
-bool ReadIntegerSet(std::string_view s, VX_IntSetData& out) {
+bool ReadIntegerSet(std::string_view s, VX_IntSetData& out, std::string* problem) {
     for (std::string_view member : SplitCommas(s)) {
         const auto colon = member.find(':');
         int low = 0, high = 0;
         if (colon == std::string_view::npos) {
-            if (!ReadInteger(member, low)) return false;
+            if (!ReadInteger(member, low, problem)) return false;
             out.Add(low);
         } else {
-            if (!ReadInteger(member.substr(0, colon), low) || !ReadInteger(member.substr(colon + 1), high) || high < low)
+            if (!ReadInteger(member.substr(0, colon), low, problem) || !ReadInteger(member.substr(colon + 1), high, problem) ||
+                high < low)
                 return false;
             out.AddRange(low, high);
         }
@@ -67,7 +72,7 @@ VX_Value Text(std::string_view text) { return VX_Value(std::string(text).c_str()
 
 }  // namespace
 
-VX_Value ParseValue(const VX_VarParam& target, VX_Attr attr, std::string_view text) {
+VX_Value ParseValue(const VX_VarParam& target, VX_Attr attr, std::string_view text, std::string* problem) {
     if (attr == VX_ATTR_SPEC) {
         const std::int32_t spec = VX_SpecFromText(std::string(Trim(text)).c_str());
         return spec ? VX_Value(static_cast<VX_SpecType>(spec), VX_CTX_USER, 0, 0) : Text(text);
@@ -77,10 +82,10 @@ VX_Value ParseValue(const VX_VarParam& target, VX_Attr attr, std::string_view te
     switch (target.GetKind()) {
     case VX_VarParam::RealVariable:
     case VX_VarParam::RealParameter:
-        return ReadReal(text, x) ? VX_Value(x, 0) : Text(text);
+        return ReadReal(text, x, problem) ? VX_Value(x, 0) : Text(text);
     case VX_VarParam::IntegerParameter:
-        if (ReadInteger(text, i)) return VX_Value(i, 0);
-        return ReadReal(text, x) ? VX_Value(x, 0) : Text(text);
+        if (ReadInteger(text, i, problem)) return VX_Value(i, 0);
+        return ReadReal(text, x, nullptr) ? VX_Value(x, 0) : Text(text);
     case VX_VarParam::LogicalParameter: {
         const std::string t(Trim(text));
         if (VX_EqualCI(t.c_str(), "true") || t == "1") return VX_Value(true, 0);
@@ -91,7 +96,7 @@ VX_Value ParseValue(const VX_VarParam& target, VX_Attr attr, std::string_view te
         return Text(text);
     case VX_VarParam::IntegerSet: {
         auto set = std::make_shared<VX_IntSetData>();
-        return ReadIntegerSet(text, *set) ? VX_Value(VX_IntSetValue(set), 0) : Text(text);
+        return ReadIntegerSet(text, *set, problem) ? VX_Value(VX_IntSetValue(set), 0) : Text(text);
     }
     case VX_VarParam::StringSet: {
         std::vector<std::string> members;

@@ -121,23 +121,24 @@ void Flowsheet::Connect(const FlowsheetDocument& doc) {
     for (const ConnectionSpec& c : doc.connections) {
         auto port = [&](const std::string& path, const char* key) -> VX_PortType& {
             const std::string at = PointerChild(c.pointer, key);
+            const SourcePos pos = std::string(key) == "to" ? c.toPos : c.fromPos;
             const auto dot = path.find('.');
-            if (dot == std::string::npos) throw InputError(at, "connection end \"" + path + "\" is not BLOCK.PORT");
+            if (dot == std::string::npos) throw InputError(at, "connection end \"" + path + "\" is not BLOCK.PORT", pos);
             const std::string blockName = path.substr(0, dot);
             const auto b = m_blockByName.find(NameKey(blockName));
-            if (b == m_blockByName.end()) throw InputError(at, "connection end " + path + ": no block named " + blockName);
+            if (b == m_blockByName.end()) throw InputError(at, "connection end " + path + ": no block named " + blockName, pos);
             auto found = zorexp_cli::ResolvePath(*m_blocks[static_cast<std::size_t>(b->second)].model, path.substr(dot + 1));
-            if (!found.object) throw InputError(at, "connection end " + path + ": " + found.problem);
+            if (!found.object) throw InputError(at, "connection end " + path + ": " + found.problem, pos);
             if (auto* multi = dynamic_cast<VX_MULTIPORT_BaseType*>(found.object)) {
                 const std::string& other = std::string(key) == "to" ? c.from : c.to;
                 const std::string name = c.name.empty() ? other.substr(0, other.find('.')) : c.name;
                 std::string why;
                 VX_PortType* p = multi->AddConnection(name, &why);
-                if (!p) throw InputError(at, "connection " + c.from + " -> " + c.to + ": " + why);
+                if (!p) throw InputError(at, "connection " + c.from + " -> " + c.to + ": " + why, pos);
                 return *p;
             }
             auto* p = dynamic_cast<VX_PortType*>(found.object);
-            if (!p) throw InputError(at, "connection end " + path + " is not a port");
+            if (!p) throw InputError(at, "connection end " + path + " is not a port", pos);
             return *p;
         };
         VX_PortType& from = port(c.from, "from");
@@ -145,7 +146,7 @@ void Flowsheet::Connect(const FlowsheetDocument& doc) {
         std::string why;
         std::unique_ptr<VX_Connection> made(
             VX_Connection::Make(from, to, &why, [this](const VX_Type& port) { return NameOf(port); }));
-        if (!made) throw InputError(c.pointer, "connection " + c.from + " -> " + c.to + ": " + why);
+        if (!made) throw InputError(c.pointer, "connection " + c.from + " -> " + c.to + ": " + why, c.pos);
         m_driver.AddConnection(*made);
         m_connections.push_back(std::move(made));
     }
@@ -204,7 +205,13 @@ void Flowsheet::SetUp(const FlowsheetDocument& doc) {
         }
         if (m_driver.SetDims() < 0 || m_driver.ExecuteAssignments(kAssignmentLevel, VX_CTX_MODEL) < 0) {
             const VX_ProtocolDriver::Failure& f = m_driver.LastFailure();
-            const std::string who = f.unit >= 0 ? Describe(*m_driver.Units()[static_cast<std::size_t>(f.unit)].object) : "the flowsheet";
+            const VX_ProtocolDriver::Unit* unit = f.unit >= 0 ? &m_driver.Units()[static_cast<std::size_t>(f.unit)] : nullptr;
+            const std::string who = unit ? Describe(*unit->object) : "the flowsheet";
+            // Arrays sized from the file's values (NPTS and the like) beyond the limit: the file's fault.
+            if (f.status == VX_E_SIZE_LIMIT && unit && unit->block >= 0) {
+                const BlockSpec& spec = doc.blocks[static_cast<std::size_t>(unit->block)];
+                throw InputError(spec.pointer, who + ": " + f.message + kSizeLimitHint, spec.pos);
+            }
             throw ModelFailure(who + ": " + f.operation + " failed: " + f.message);
         }
         unsigned long long shape = 0;

@@ -1,11 +1,12 @@
 #include "flowsheet/flowsheet_commands.hpp"
 
-#include <fstream>
 #include <memory>
+#include <new>
 #include <optional>
 #include <ostream>
 
 #include "flowsheet/equation_system.hpp"
+#include "flowsheet/output_file.hpp"
 #include "flowsheet/results_output.hpp"
 #include "flowsheet/steady_state_solve.hpp"
 #include "flowsheet/structure_diagnosis.hpp"
@@ -20,20 +21,27 @@ struct Prepared {
 };
 
 // Everything is read and set up before anything is solved. On failure the reason is written
-// as one line and status says how the command ends.
+// as one line and status says how the command ends. Running out of memory is left to the
+// caller, which says so.
 std::optional<Prepared> Prepare(const std::string& file, const BlockCreator& create, std::ostream& err, int& status) {
     Prepared p;
+    FlowsheetDocument doc;
     try {
-        const FlowsheetDocument doc = ReadFlowsheetFile(file);
+        doc = ReadFlowsheetFile(file);
         p.sheet = Flowsheet::Build(doc, create);
+        doc = FlowsheetDocument();   // applied: its memory is given back before the equations take theirs
         p.system = std::make_unique<EquationSystem>(*p.sheet);
         return p;
-    } catch (const InputError& e) {
+    } catch (InputError& e) {
+        // Faults found while applying values know their entry; the document knows its place.
+        e.Locate(doc.PositionOf(e.Pointer()));
         err << e.Line(file) << "\n";
         status = kExitBadInput;
     } catch (const ModelFailure& e) {
         err << file << ": " << e.what() << "\n";
         status = kExitNotConverged;
+    } catch (const std::bad_alloc&) {
+        throw;
     } catch (const std::exception& e) {
         // A block threw while being set up (the runtime names the array and index).
         err << file << ": set-up failed: " << e.what() << "\n";
@@ -45,43 +53,71 @@ std::optional<Prepared> Prepare(const std::string& file, const BlockCreator& cre
     return std::nullopt;
 }
 
+// The CSV file is prepared before anything is read, so that a path that cannot be written is
+// refused at once, and written only for a solution.
+std::unique_ptr<OutputFile> PrepareCsv(const SolveCommandOptions& options, std::ostream& err, int& status) {
+    if (SameFile(options.csvFile, options.file)) {
+        err << options.csvFile << ": is the flowsheet file itself: give another file for the results\n";
+        status = kExitBadInput;
+        return nullptr;
+    }
+    std::string why;
+    std::unique_ptr<OutputFile> csv = OutputFile::Create(options.csvFile, why);
+    if (!csv) {
+        err << options.csvFile << ": cannot write the CSV file: " << why << "\n";
+        status = kExitBadInput;
+    }
+    return csv;
+}
+
+// Text results carry no status line when they are a solution; otherwise the first line says
+// what they are.
+void WriteStatusLine(const std::string& status, const char* meaning, std::ostream& out) {
+    out << "status: " << status << " (" << meaning << ")\n";
+}
+
 }  // namespace
 
 int RunSolve(const SolveCommandOptions& options, const BlockCreator& create, std::ostream& out, std::ostream& err) {
     int status = kExitOk;
+    std::unique_ptr<OutputFile> csv;
+    if (!options.csvFile.empty() && !(csv = PrepareCsv(options, err, status))) return status;
     std::optional<Prepared> p = Prepare(options.file, create, err, status);
     if (!p) return status;
-    std::ofstream csv;
-    if (!options.csvFile.empty()) {
-        csv.open(options.csvFile, std::ios::binary | std::ios::trunc);
-        if (!csv) {
-            err << options.csvFile << ": cannot write the CSV file\n";
-            return kExitBadInput;
-        }
-    }
     const StructureDiagnosis diagnosis = DiagnoseStructure(*p->system);
     WriteDiagnosis(diagnosis, err);
     if (!diagnosis.Solvable()) {
         if (options.json) WriteDiagnosisJson(diagnosis, out);
         return kExitNotSolvable;
     }
-    const zx::solve::SolveResult result = SolveSteadyState(*p->system, options.solver, options.iterationLog ? &err : nullptr);
-    const bool converged = result.status == zx::solve::SolveStatus::Converged;
-    if (!converged) WriteFailureReport(*p->system, result, err);
-    if (options.json)
-        WriteResultsJson(*p->sheet, RunSummary{StatusKey(result.status), result.iterations, result.residual_norm}, out);
-    else
-        WriteResultsText(*p->sheet, out);
-    if (csv.is_open()) {
-        WriteResultsCsv(*p->sheet, csv);
-        csv.close();
-        if (!csv) {
-            err << options.csvFile << ": writing the CSV file failed\n";
-            return kExitBadInput;
+
+    RunSummary summary;
+    bool solved = true;
+    if (p->system->Rows() == 0 && p->system->Unknowns().empty()) {
+        // Every variable is fixed and no block declares an equation: the values are as given.
+        err << "nothing to solve: the flowsheet has no unknowns and no equations\n";
+        summary.status = "no_unknowns";
+        if (!options.json) WriteStatusLine(summary.status, "nothing was solved; the values are as given", out);
+    } else {
+        const zx::solve::SolveResult result = SolveSteadyState(*p->system, options.solver, options.iterationLog ? &err : nullptr);
+        solved = result.status == zx::solve::SolveStatus::Converged;
+        summary = RunSummary{StatusKey(result.status), result.iterations, result.residual_norm};
+        if (!solved) {
+            WriteFailureReport(*p->system, result, err);
+            if (!options.json) WriteStatusLine(summary.status, "not converged; the values are the last iterate", out);
+        }
+    }
+    if (options.json) WriteResultsJson(*p->sheet, summary, out);
+    else WriteResultsText(*p->sheet, out);
+    if (csv && solved) {
+        WriteResultsCsv(*p->sheet, csv->Stream());
+        if (std::string why; !csv->Commit(why)) {
+            err << options.csvFile << ": " << why << "\n";
+            return kExitNotConverged;
         }
     }
     p->system.reset();
-    return converged ? kExitOk : kExitNotConverged;
+    return solved ? kExitOk : kExitNotConverged;
 }
 
 int RunAnalyse(const AnalyseCommandOptions& options, const BlockCreator& create, std::ostream& out, std::ostream& err) {

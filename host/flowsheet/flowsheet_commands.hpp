@@ -18,7 +18,7 @@ namespace zx::flowsheet {
 struct SolveCommandOptions {
     std::string file;
     bool json = false;             // results as JSON on out instead of text
-    std::string csvFile;           // also write every variable to this CSV file
+    std::string csvFile;           // also write every variable to this CSV file (never the input file)
     bool iterationLog = true;      // one line per Newton iteration on err
     zx::solve::SolverOptions solver;
 };
@@ -33,7 +33,8 @@ struct CheckJacobianCommandOptions {
     JacobianCheckOptions check;
 };
 
-// Sets up, analyses and solves; writes the results (also when not converged).
+// Sets up, analyses and solves; writes the results on out (also when not converged, then
+// marked as such) and the CSV file only for a solution.
 int RunSolve(const SolveCommandOptions& options, const BlockCreator& create, std::ostream& out, std::ostream& err);
 // Sets up and analyses only: equations against unknowns, structural rank, what to fix.
 int RunAnalyse(const AnalyseCommandOptions& options, const BlockCreator& create, std::ostream& out, std::ostream& err);

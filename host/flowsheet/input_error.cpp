@@ -1,19 +1,16 @@
 #include "flowsheet/input_error.hpp"
 
-#include <cctype>
+#include "zorexp/text.hpp"
 
 namespace zx::flowsheet {
 
 std::string InputError::Line(const std::string& source) const {
-    std::string out = source;
-    if (!m_location.empty()) {
-        // "3:14" follows the file name directly, as compilers write it; a pointer after a blank.
-        const bool lineColumn = std::isdigit(static_cast<unsigned char>(m_location.front())) != 0;
-        out += (lineColumn ? ":" : ": ") + m_location;
-    }
-    out += ": ";
-    for (char c : std::string(what())) out += (c == '\n' || c == '\r') ? ' ' : c;
-    return out;
+    // "3:14" follows the file name directly, as compilers write it; a pointer after a blank.
+    std::string out = VX_BriefText(source, 4096);
+    if (m_pos.Known()) out += ":" + m_pos.Text();
+    if (!m_pointer.empty()) out += ": " + VX_BriefText(m_pointer, 200);
+    // Messages quote what the file holds: kept on one line, without control characters.
+    return out + ": " + VX_BriefText(what(), 1000);
 }
 
 }  // namespace zx::flowsheet

@@ -1,92 +1,188 @@
 #include "flowsheet/results_output.hpp"
 
 #include <algorithm>
-#include <cmath>
+#include <charconv>
 #include <cstdio>
 #include <ostream>
-#include <vector>
+#include <string>
 
 #include "flowsheet/flowsheet.hpp"
-#include "flowsheet/json_reading.hpp"
-#include "flowsheet/variable_walk.hpp"
+#include "flowsheet/output_buffer.hpp"
 #include "zorexp/zorexp.hpp"
 
 namespace zx::flowsheet {
 namespace {
 
-std::string Number(double v, const char* format) {
-    char buf[40];
-    std::snprintf(buf, sizeof buf, format, v);
-    return buf;
-}
+constexpr int kTextDigits = 10;   // text results: "%.10g"
+constexpr int kExactDigits = 17;  // JSON and CSV: "%.17g", which reads back as the same double
 
-std::string UnitOf(const VX_Variable& v) {
+// One variable as the writers see it: its path within the block and the variable.
+struct Row {
+    std::string_view path;
+    const VX_Variable& variable;
+    std::string_view unit;
+    std::string_view spec;
+};
+
+std::string_view UnitOf(const VX_Variable& v) {
     const VX_Value* unit = v.VX_DefaultBASEUOMNAME();
-    return unit ? unit->TextValue() : std::string();
+    return unit ? std::string_view(unit->TextValue()) : std::string_view();
 }
 
-std::string SpecOf(const VX_Variable& v) {
-    const char* s = VX_SpecText(v.CurrSpec());
-    return s ? s : std::to_string(static_cast<int>(v.CurrSpec()));
+std::string_view SpecOf(const VX_Variable& v, std::string& scratch) {
+    if (const char* s = VX_SpecText(v.CurrSpec())) return s;
+    scratch = std::to_string(static_cast<int>(v.CurrSpec()));
+    return scratch;
 }
 
-std::string CsvField(const std::string& s) {
-    if (s.find_first_of(",\"\n") == std::string::npos) return s;
-    std::string out = "\"";
-    for (char c : s) out += c == '"' ? std::string("\"\"") : std::string(1, c);
-    return out + "\"";
+// Visits every variable of a block in registration order, descending into ports, sub-models
+// and arrays (not into references: what they point to belongs to someone else). The path is
+// built in one buffer as the walk goes, so an array's prefix is written once and each element
+// adds only its index.
+template <class Visit>
+class VariableWalk {
+public:
+    explicit VariableWalk(Visit& visit) : m_visit(visit) {}
+    void Run(VX_Type& root) {
+        m_path.clear();
+        Walk(root);
+    }
+
+private:
+    void Walk(VX_Type& node) {
+        if (node.IsValue()) {
+            auto& v = static_cast<VX_VarParam&>(node);
+            if (v.GetKind() == VX_VarParam::RealVariable) {
+                const auto& variable = static_cast<const VX_Variable&>(v);
+                m_visit(Row{m_path, variable, UnitOf(variable), SpecOf(variable, m_spec)});
+            }
+            return;
+        }
+        if (auto* array = dynamic_cast<VX_Matrix*>(&node)) return WalkArray(*array);
+        if (auto* container = dynamic_cast<VX_Container*>(&node)) {
+            const std::size_t base = m_path.size();
+            for (const VX_PropertyEntry& p : container->Properties()) {
+                if (!p.object) continue;
+                if (base > 0) m_path += '.';
+                m_path += p.name;
+                Walk(*p.object);
+                m_path.resize(base);
+            }
+        }
+    }
+
+    void WalkArray(VX_Matrix& array) {
+        const std::size_t base = m_path.size();
+        auto element = [&](int k, std::string_view index) {
+            VX_Type* e = array.At(k);
+            if (!e) return;
+            m_path += '(';
+            m_path += index;
+            m_path += ')';
+            Walk(*e);
+            m_path.resize(base);
+        };
+        if (auto* ints = dynamic_cast<VX_BASE_I*>(&array)) {
+            // Integer indices come from the set's ranges in order, without a lookup per element.
+            int k = 0;
+            char digits[16];
+            for (const auto& [low, high] : ints->IndexSet().Ranges()) {
+                for (long i = low; i <= high && k < array.Size(); ++i, ++k) {
+                    const auto end = std::to_chars(digits, digits + sizeof digits, i).ptr;
+                    element(k, std::string_view(digits, static_cast<std::size_t>(end - digits)));
+                }
+            }
+        } else if (auto* texts = dynamic_cast<VX_BASE_S*>(&array)) {
+            for (int k = 0; k < array.Size(); ++k) element(k, texts->IndexSet().At(static_cast<std::size_t>(k)));
+        } else {
+            for (int k = 0; k < array.Size(); ++k) element(k, array.IndexText(k));
+        }
+    }
+
+    Visit& m_visit;
+    std::string m_path;
+    std::string m_spec;
+};
+
+template <class Visit>
+void ForEachRow(VX_Type& block, Visit visit) {
+    VariableWalk<Visit>(visit).Run(block);
 }
 
 }  // namespace
 
-void WriteResultsText(Flowsheet& flowsheet, std::ostream& out) {
-    struct Row {
-        std::string path, value, unit, spec;
-    };
+void WriteResultsText(Flowsheet& flowsheet, std::ostream& stream) {
+    OutputBuffer out(stream);
     for (const Block& block : flowsheet.Blocks()) {
-        std::vector<Row> rows;
-        ForEachVariable(*block.model, [&](VX_Variable& v) {
-            rows.push_back(Row{v.Path(), Number(v.fv(), "%.10g"), UnitOf(v), SpecOf(v)});
-        });
+        // Columns are as wide as their widest entry in the block: one pass to measure, one to write.
         std::size_t wPath = 0, wValue = 0, wUnit = 0;
-        for (const Row& r : rows) {
+        ForEachRow(*block.model, [&](const Row& r) {
             wPath = std::max(wPath, r.path.size());
-            wValue = std::max(wValue, r.value.size());
+            wValue = std::max(wValue, NumberWidth(r.variable.fv(), kTextDigits));
             wUnit = std::max(wUnit, r.unit.size());
-        }
-        out << block.name << " (" << block.type << ")\n";
-        for (const Row& r : rows) {
-            out << "  " << r.path << std::string(wPath - r.path.size() + 2, ' ') << std::string(wValue - r.value.size(), ' ')
-                << r.value << "  " << r.unit << std::string(wUnit - r.unit.size() + 2, ' ') << r.spec << "\n";
-        }
+        });
+        out.Put(block.name);
+        out.Put(" (");
+        out.Put(block.type);
+        out.Put(")\n");
+        ForEachRow(*block.model, [&](const Row& r) {
+            const double value = r.variable.fv();
+            out.Put("  ");
+            out.Put(r.path);
+            out.Spaces(wPath - r.path.size() + 2 + wValue - NumberWidth(value, kTextDigits));
+            out.Number(value, kTextDigits);
+            out.Put("  ");
+            out.Put(r.unit);
+            out.Spaces(wUnit - r.unit.size() + 2);
+            out.Put(r.spec);
+            out.Put('\n');
+        });
     }
 }
 
-void WriteResultsJson(Flowsheet& flowsheet, const RunSummary& summary, std::ostream& out) {
-    auto number = [](double v) { return std::isfinite(v) ? Number(v, "%.17g") : std::string("null"); };
-    out << "{\"status\": " << Json(summary.status).dump() << ", \"iterations\": " << summary.iterations
-        << ", \"residual_norm\": " << number(summary.residualNorm) << ", \"blocks\": {";
+void WriteResultsJson(Flowsheet& flowsheet, const RunSummary& summary, std::ostream& stream) {
+    OutputBuffer out(stream);
+    out.Put("{\"status\": ");
+    out.JsonString(summary.status);
+    out.Put(", \"iterations\": ");
+    out.Integer(summary.iterations);
+    out.Put(", \"residual_norm\": ");
+    out.Number(summary.residualNorm, kExactDigits, true);
+    out.Put(", \"blocks\": {");
     bool firstBlock = true;
     for (const Block& block : flowsheet.Blocks()) {
-        out << (firstBlock ? "" : ", ") << Json(block.name).dump() << ": {";
+        if (!firstBlock) out.Put(", ");
         firstBlock = false;
+        out.JsonString(block.name);
+        out.Put(": {");
         bool first = true;
-        ForEachVariable(*block.model, [&](VX_Variable& v) {
-            out << (first ? "" : ", ") << Json(v.Path()).dump() << ": " << number(v.fv());
+        ForEachRow(*block.model, [&](const Row& r) {
+            if (!first) out.Put(", ");
             first = false;
+            out.JsonString(r.path);
+            out.Put(": ");
+            out.Number(r.variable.fv(), kExactDigits, true);
         });
-        out << "}";
+        out.Put('}');
     }
-    out << "}}\n";
+    out.Put("}}\n");
 }
 
-void WriteResultsCsv(Flowsheet& flowsheet, std::ostream& out) {
-    out << "block,path,value,unit,spec\n";
+void WriteResultsCsv(Flowsheet& flowsheet, std::ostream& stream) {
+    OutputBuffer out(stream);
+    out.Put("block,path,value,unit,spec\n");
     for (const Block& block : flowsheet.Blocks()) {
-        const std::string name = CsvField(block.name);
-        ForEachVariable(*block.model, [&](VX_Variable& v) {
-            out << name << ',' << CsvField(v.Path()) << ',' << Number(v.fv(), "%.17g") << ',' << CsvField(UnitOf(v)) << ','
-                << SpecOf(v) << '\n';
+        ForEachRow(*block.model, [&](const Row& r) {
+            out.CsvField(block.name);
+            out.Put(',');
+            out.CsvField(r.path);
+            out.Put(',');
+            out.Number(r.variable.fv(), kExactDigits);
+            out.Put(',');
+            out.CsvField(r.unit);
+            out.Put(',');
+            out.Put(r.spec);
+            out.Put('\n');
         });
     }
 }

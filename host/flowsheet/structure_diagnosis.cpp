@@ -5,7 +5,7 @@
 #include <ostream>
 
 #include "flowsheet/equation_system.hpp"
-#include "flowsheet/json_reading.hpp"
+#include "flowsheet/json_document.hpp"
 #include "zorexp/variable.hpp"
 
 namespace zx::flowsheet {

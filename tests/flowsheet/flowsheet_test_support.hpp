@@ -15,6 +15,9 @@
 #include "flowsheet/equation_system.hpp"
 #include "flowsheet/flowsheet.hpp"
 #include "flowsheet/flowsheet_commands.hpp"
+#include "flowsheet/json_document.hpp"
+#include "models/unitops/rplug_tcool.hpp"
+#include "models/unitops/rplug_tcool1.hpp"
 #include "flowsheet/steady_state_solve.hpp"
 #include "frame/check_cases.hpp"
 
@@ -34,13 +37,30 @@ inline VX_Type* CreateBlock(const std::string& type, std::string& error) {
 
 // A block of a document built in code, located where a file would hold it.
 inline BlockSpec Block(const std::string& name, const std::string& type) {
-    return BlockSpec{name, type, "", {}, "/blocks/" + name};
+    BlockSpec b;
+    b.name = name;
+    b.type = type;
+    b.pointer = "/blocks/" + name;
+    return b;
+}
+
+// A value to set, written as JSON.
+inline SetEntry Entry(const std::string& path, const Json& value, const std::string& pointer) {
+    SetEntry e;
+    e.path = path;
+    e.value = InputValue::Parse(value.dump());
+    e.pointer = pointer;
+    return e;
 }
 
 // A document over the components A and B with these blocks and connections.
 inline FlowsheetDocument Sheet(std::vector<BlockSpec> blocks, std::vector<ConnectionSpec> connections) {
     FlowsheetDocument doc;
-    doc.componentLists.push_back(ComponentListSpec{"feed", {"A", "B"}, {}, "/components/feed"});
+    ComponentListSpec list;
+    list.name = "feed";
+    list.components = {"A", "B"};
+    list.pointer = "/components/feed";
+    doc.componentLists.push_back(std::move(list));
     doc.blocks = std::move(blocks);
     for (std::size_t k = 0; k < connections.size(); ++k) connections[k].pointer = "/connections/" + std::to_string(k);
     doc.connections = std::move(connections);
@@ -98,6 +118,15 @@ public:
 private:
     std::string m_path;
 };
+
+// Files beside path named as its temporary files are (".NAME.XXXXXX").
+inline int TemporaryFilesBeside(const std::string& path) {
+    const std::filesystem::path p(path);
+    int n = 0;
+    for (const auto& e : std::filesystem::directory_iterator(p.parent_path()))
+        n += e.path().filename().string().rfind("." + p.filename().string() + ".", 0) == 0;
+    return n;
+}
 
 // One RPLUG_TCOOL1 block named C1 with CTYPE "TCool-Spec" over points 0..npts; extra is
 // spliced into its "set" object.

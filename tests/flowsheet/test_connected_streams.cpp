@@ -17,7 +17,7 @@ using testing::Solved;
 // A material stream with its state given (its copies are fixed while nothing is upstream).
 BlockSpec Stream(const std::string& name, const Json& state = Json::object()) {
     BlockSpec b = Block(name, "MATERIALSTREAM");
-    for (const auto& [path, value] : state.items()) b.sets.push_back(SetEntry{path, value, b.pointer + "/set/" + path});
+    for (const auto& [path, value] : state.items()) b.sets.push_back(testing::Entry(path, value, b.pointer + "/set/" + path));
     return b;
 }
 
@@ -34,7 +34,7 @@ VX_Variable& Var(Flowsheet& f, const std::string& path) {
 TEST(ConnectedStreams, FeedsMixTogetherAndPieceByPieceAlike) {
     // S1 -> S2 -> M, S3 -> M.
     const Solved whole = Solve(Sheet({Stream("S1", kFirst), Stream("S2"), Stream("S3", kSecond), Block("M", "INLETMIXERFWD")},
-                                     {{"S1.OUT_F", "S2.IN_F", "", ""}, {"S2.OUT_F", "M.IN_F", "", ""}, {"S3.OUT_F", "M.IN_F", "", ""}}));
+                                     {{"S1.OUT_F", "S2.IN_F", "", "", {}, {}, {}}, {"S2.OUT_F", "M.IN_F", "", "", {}, {}, {}}, {"S3.OUT_F", "M.IN_F", "", "", {}, {}, {}}}));
     ASSERT_EQ(whole.result.status, zx::solve::SolveStatus::Converged) << whole.result.message;
     Flowsheet& f = *whole.sheet;
     EXPECT_DOUBLE_EQ(Var(f, "M.FIN").fv(), 40.0);
@@ -45,21 +45,21 @@ TEST(ConnectedStreams, FeedsMixTogetherAndPieceByPieceAlike) {
     EXPECT_EQ(Var(f, "S2.F").CurrSpec(), VX_SPEC_FREE);   // something is upstream of S2
 
     // The first piece alone: S1 -> S2.
-    const Solved first = Solve(Sheet({Stream("S1", kFirst), Stream("S2")}, {{"S1.OUT_F", "S2.IN_F", "", ""}}));
+    const Solved first = Solve(Sheet({Stream("S1", kFirst), Stream("S2")}, {{"S1.OUT_F", "S2.IN_F", "", "", {}, {}, {}}}));
     ASSERT_EQ(first.result.status, zx::solve::SolveStatus::Converged) << first.result.message;
     Json handed = Json::object();
     for (const char* v : {"F", "T", "P", "H", "V", "AV"}) handed[v] = Var(*first.sheet, std::string("S2.OUT_F.") + v).fv();
     handed["Z"] = {Var(*first.sheet, "S2.OUT_F.Z(A)").fv(), Var(*first.sheet, "S2.OUT_F.Z(B)").fv()};
     // The second piece, fed what the first one gave.
     const Solved second = Solve(Sheet({Stream("S2", handed), Stream("S3", kSecond), Block("M", "INLETMIXERFWD")},
-                                      {{"S2.OUT_F", "M.IN_F", "", ""}, {"S3.OUT_F", "M.IN_F", "", ""}}));
+                                      {{"S2.OUT_F", "M.IN_F", "", "", {}, {}, {}}, {"S3.OUT_F", "M.IN_F", "", "", {}, {}, {}}}));
     ASSERT_EQ(second.result.status, zx::solve::SolveStatus::Converged) << second.result.message;
     for (const char* v : {"M.FIN", "M.ZIN(A)", "M.ZIN(B)", "M.HIN", "M.PIN", "M.IN_F(S2).V"})
         EXPECT_DOUBLE_EQ(Var(*second.sheet, v).fv(), Var(f, v).fv()) << v;
 }
 
 TEST(ConnectedStreams, RowsAndResultsNamePortVariablesAndBothEnds) {
-    const Solved s = Solve(Sheet({Stream("S1", kFirst), Block("M", "INLETMIXERFWD")}, {{"S1.OUT_F", "M.IN_F", "FEED1", ""}}));
+    const Solved s = Solve(Sheet({Stream("S1", kFirst), Block("M", "INLETMIXERFWD")}, {{"S1.OUT_F", "M.IN_F", "FEED1", "", {}, {}, {}}}));
     ASSERT_EQ(s.result.status, zx::solve::SolveStatus::Converged) << s.result.message;
     std::string rows;
     for (int row = 0; row < s.system->Rows(); ++row) rows += s.system->EquationName(row) + "\n";
@@ -74,8 +74,8 @@ TEST(ConnectedStreams, RowsAndResultsNamePortVariablesAndBothEnds) {
 TEST(ConnectedStreams, TheAnalysisNamesWhatToFixAcrossBlocks) {
     // S1's flow given up: one unknown too many, in S1 and its port.
     BlockSpec loose = Stream("S1", kFirst);
-    loose.sets[0].value = Json{{"value", 10.0}, {"spec", "Free"}};
-    FlowsheetDocument under = Sheet({loose, Block("M", "INLETMIXERFWD")}, {{"S1.OUT_F", "M.IN_F", "", ""}});
+    loose.sets[0].value = InputValue::Parse(R"({"value": 10.0, "spec": "Free"})");
+    FlowsheetDocument under = Sheet({loose, Block("M", "INLETMIXERFWD")}, {{"S1.OUT_F", "M.IN_F", "", "", {}, {}, {}}});
     auto sheet = Flowsheet::Build(under, testing::CreateBlock);
     EquationSystem system(*sheet);
     const StructureDiagnosis d = DiagnoseStructure(system);
@@ -87,8 +87,8 @@ TEST(ConnectedStreams, TheAnalysisNamesWhatToFixAcrossBlocks) {
         EXPECT_NE(std::find(names.begin(), names.end(), n), names.end()) << n;
 
     // A flow fixed at the mixer's port too: the connection's equation names both ends.
-    FlowsheetDocument over = Sheet({Stream("S1", kFirst), Block("M", "INLETMIXERFWD")}, {{"S1.OUT_F", "M.IN_F", "", ""}});
-    over.blocks[1].sets.push_back(SetEntry{"IN_F(S1).F", Json{{"value", 10.0}, {"spec", "Fixed"}}, "/blocks/M/set/IN_F(S1).F"});
+    FlowsheetDocument over = Sheet({Stream("S1", kFirst), Block("M", "INLETMIXERFWD")}, {{"S1.OUT_F", "M.IN_F", "", "", {}, {}, {}}});
+    over.blocks[1].sets.push_back(testing::Entry("IN_F(S1).F", Json{{"value", 10.0}, {"spec", "Fixed"}}, "/blocks/M/set/IN_F(S1).F"));
     auto sheet2 = Flowsheet::Build(over, testing::CreateBlock);
     EquationSystem system2(*sheet2);
     const StructureDiagnosis d2 = DiagnoseStructure(system2);
@@ -101,7 +101,7 @@ TEST(ConnectedStreams, TheAnalysisNamesWhatToFixAcrossBlocks) {
 
 TEST(ConnectedStreams, AHeatStreamDoesNotFeedAMaterialInlet) {
     try {
-        Flowsheet::Build(Sheet({Block("H", "HEATSTREAM"), Block("M", "INLETMIXERFWD")}, {{"H.OUT_HS", "M.IN_F", "", ""}}),
+        Flowsheet::Build(Sheet({Block("H", "HEATSTREAM"), Block("M", "INLETMIXERFWD")}, {{"H.OUT_HS", "M.IN_F", "", "", {}, {}, {}}}),
                          testing::CreateBlock);
         ADD_FAILURE() << "accepted";
     } catch (const InputError& e) {

@@ -34,7 +34,7 @@ T& BlockNamed(Flowsheet& f, const std::string& name) {
 }
 
 TEST(Connections, JoinedBlocksSolveAsOneAndEachAloneGivesTheSameAnswer) {
-    const Solved s = Solve(Sheet({Block("S", "TESTSOURCE"), Block("K", "TESTSINK")}, {{"S.OUT", "K.IN", "", ""}}));
+    const Solved s = Solve(Sheet({Block("S", "TESTSOURCE"), Block("K", "TESTSINK")}, {{"S.OUT", "K.IN", "", "", {}, {}, {}}}));
     ASSERT_EQ(s.result.status, zx::solve::SolveStatus::Converged) << s.result.message;
     auto& source = BlockNamed<VX_TESTSOURCE>(*s.sheet, "S");
     auto& sink = BlockNamed<VX_TESTSINK>(*s.sheet, "K");
@@ -55,9 +55,8 @@ TEST(Connections, JoinedBlocksSolveAsOneAndEachAloneGivesTheSameAnswer) {
     // The sink alone, its inlet fixed at what the source gave it: the same answer.
     FlowsheetDocument alone = Sheet({Block("K", "TESTSINK")}, {});
     const double q = sink.IN.Q.fv(), a = sink.IN.X("A").fv(), b = sink.IN.X("B").fv();
-    alone.blocks[0].sets = {
-        SetEntry{"IN.Q", Json{{"value", q}, {"spec", "Fixed"}}, "/blocks/K/set/IN.Q"},
-        SetEntry{"IN.X", Json{{"value", {a, b}}, {"spec", "Fixed"}}, "/blocks/K/set/IN.X"}};
+    alone.blocks[0].sets.push_back(testing::Entry("IN.Q", Json{{"value", q}, {"spec", "Fixed"}}, "/blocks/K/set/IN.Q"));
+    alone.blocks[0].sets.push_back(testing::Entry("IN.X", Json{{"value", {a, b}}, {"spec", "Fixed"}}, "/blocks/K/set/IN.X"));
     const Solved k = Solve(alone);
     ASSERT_EQ(k.result.status, zx::solve::SolveStatus::Converged) << k.result.message;
     EXPECT_DOUBLE_EQ(BlockNamed<VX_TESTSINK>(*k.sheet, "K").Q.fv(), sink.Q.fv());
@@ -65,7 +64,7 @@ TEST(Connections, JoinedBlocksSolveAsOneAndEachAloneGivesTheSameAnswer) {
 
 TEST(Connections, AMultiportTakesNamedConnections) {
     const Solved s = Solve(Sheet({Block("S1", "TESTSOURCE"), Block("S2", "TESTSOURCE"), Block("M", "TESTMIXER")},
-                                 {{"S1.OUT", "M.IN", "", ""}, {"S2.OUT", "M.IN", "SECOND", ""}}));
+                                 {{"S1.OUT", "M.IN", "", "", {}, {}, {}}, {"S2.OUT", "M.IN", "SECOND", "", {}, {}, {}}}));
     ASSERT_EQ(s.result.status, zx::solve::SolveStatus::Converged) << s.result.message;
     auto& mixer = BlockNamed<VX_TESTMIXER>(*s.sheet, "M");
     ASSERT_EQ(mixer.IN.Size(), 2);
@@ -82,14 +81,14 @@ TEST(Connections, RefusalsNameBothEnds) {
         const char* message;
     };
     const Case cases[] = {
-        {{Block("S", "TESTSOURCE"), Block("T", "TESTSOURCE")}, {{"S.OUT", "T.OUT", "", ""}},
+        {{Block("S", "TESTSOURCE"), Block("T", "TESTSOURCE")}, {{"S.OUT", "T.OUT", "", "", {}, {}, {}}},
          "S.OUT is an outlet and T.OUT is an outlet"},
         {{Block("S", "TESTSOURCE"), Block("K", "TESTSINK"), Block("L", "TESTSINK")},
-         {{"S.OUT", "K.IN", "", ""}, {"S.OUT", "L.IN", "", ""}}, "S.OUT is connected already (to K.IN)"},
-        {{Block("S", "TESTSOURCE"), Block("C", "RPLUG_TCOOL1")}, {{"S.OUT", "C.NPTS", "", ""}}, "C.NPTS is not a port"},
-        {{Block("S", "TESTSOURCE")}, {{"S.OUT", "NOBODY.IN", "", ""}}, "no block named NOBODY"},
+         {{"S.OUT", "K.IN", "", "", {}, {}, {}}, {"S.OUT", "L.IN", "", "", {}, {}, {}}}, "S.OUT is connected already (to K.IN)"},
+        {{Block("S", "TESTSOURCE"), Block("C", "RPLUG_TCOOL1")}, {{"S.OUT", "C.NPTS", "", "", {}, {}, {}}}, "C.NPTS is not a port"},
+        {{Block("S", "TESTSOURCE")}, {{"S.OUT", "NOBODY.IN", "", "", {}, {}, {}}}, "no block named NOBODY"},
         {{Block("S1", "TESTSOURCE"), Block("S2", "TESTSOURCE"), Block("M", "TESTMIXER")},
-         {{"S1.OUT", "M.IN", "X", ""}, {"S2.OUT", "M.IN", "x", ""}}, "has a connection named x already"},
+         {{"S1.OUT", "M.IN", "X", "", {}, {}, {}}, {"S2.OUT", "M.IN", "x", "", {}, {}, {}}}, "has a connection named x already"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.message);

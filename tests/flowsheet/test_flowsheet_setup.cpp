@@ -126,14 +126,44 @@ TEST(FlowsheetSetUp, TheCommandReportsBadInputOnOneLineAndSolvesNothing) {
         EXPECT_EQ(RunSolve(options, testing::CreateBlock, out, err), kExitBadInput);
         EXPECT_EQ(out.str(), "");
         const std::string e = err.str();
-        EXPECT_EQ(e.rfind(f->Path() + ": /blocks/C1/set/", 0), 0u) << e;
+        // The line and column of the value, then its pointer.
+        EXPECT_EQ(e.rfind(f->Path() + ":1:", 0), 0u) << e;
+        EXPECT_NE(e.find(": /blocks/C1/set/"), std::string::npos) << e;
         EXPECT_EQ(std::count(e.begin(), e.end(), '\n'), 1) << e;
     }
-    std::ostringstream out, err;
-    SolveCommandOptions missing;
-    missing.file = "/nonexistent/flowsheet.json";
-    EXPECT_EQ(RunSolve(missing, testing::CreateBlock, out, err), kExitBadInput);
-    EXPECT_EQ(err.str(), "/nonexistent/flowsheet.json: cannot read the file\n");
+    for (const auto& [path, why] : {std::pair<std::string, std::string>{"/nonexistent/flowsheet.json", "cannot read the file: No such file or directory"},
+                                    {"/tmp", "is a directory, not a flowsheet file"},
+                                    {"/dev/zero", "is not a regular file"}}) {
+        std::ostringstream out, err;
+        SolveCommandOptions options;
+        options.file = path;
+        EXPECT_EQ(RunSolve(options, testing::CreateBlock, out, err), kExitBadInput);
+        EXPECT_EQ(err.str(), path + ": " + why + "\n");
+    }
+}
+
+TEST(FlowsheetSetUp, IntegersAreRangeCheckedWhereIntegersAreExpected) {
+    // The runtime's integers have 32 bits; a wider integer is a real number where one is wanted.
+    EXPECT_EQ(InputErrorOf(R"({"blocks": {"C1": {"type": "RPLUG_TCOOL1", "set": {"NPTS": 4294967296}}}})"),
+              "/blocks/C1/set/NPTS: C1.NPTS: integer 4294967296 is outside the range of integers (-2147483648 to 2147483647)");
+    EXPECT_EQ(InputErrorOf(R"({"blocks": {"C1": {"type": "RPLUG_TCOOL1", "set": {"NRANGE": [0, 1, 18446744073709551615]}}}})"),
+              "/blocks/C1/set/NRANGE: C1.NRANGE: set member 18446744073709551615 (item 2) is outside the range of integers "
+              "(-2147483648 to 2147483647)");
+    EXPECT_EQ(InputErrorOf(R"({"blocks": {"C1": {"type": "RPLUG_TCOOL1", "set": {"NRANGE": [0, 1.5]}}}})"),
+              "/blocks/C1/set/NRANGE: C1.NRANGE: a set of integers holds integers only, got a real number 1.5 (item 1)");
+    SetUpSheet s(HeatFluxSheet(1, R"("U": 10000000000, "T_PROCESS": [-2147483649, 2147483648])"));
+    EXPECT_DOUBLE_EQ(Model(s).U.fv(), 1e10);
+    EXPECT_DOUBLE_EQ(Model(s).T_PROCESS(0).fv(), -2147483649.0);
+}
+
+TEST(FlowsheetSetUp, RefusalsInsideValuesAreLocatedByLineAndColumn) {
+    try {
+        SetUpSheet s(HeatFluxSheet(2, "\"T_PROCESS\": {\"value\": [1,\n 2, \"x\"]}"));
+        ADD_FAILURE();
+    } catch (const InputError& e) {
+        EXPECT_EQ(e.Position().Text(), "2:5");
+        EXPECT_EQ(e.Pointer(), "/blocks/C1/set/T_PROCESS/value/2");
+    }
 }
 
 }  // namespace

@@ -97,3 +97,70 @@ TEST(SteadyStateSolve, AnalyseAloneSolvesNothing) {
 
 }  // namespace
 }  // namespace zx::flowsheet
+
+namespace zx::flowsheet {
+namespace {
+
+TEST(SteadyStateSolve, AFailedSolveWritesNoCsvAndMarksItsResults) {
+    testing::TempFile file(kFitU);
+    testing::TempFile csvFile("results of an earlier run\n", ".csv");
+    SolveCommandOptions options;
+    options.file = file.Path();
+    options.csvFile = csvFile.Path();
+    options.iterationLog = false;
+    options.solver.max_iterations = 1;
+    std::ostringstream out, err;
+    EXPECT_EQ(RunSolve(options, testing::CreateBlock, out, err), kExitNotConverged);
+    EXPECT_EQ(ReadAll(csvFile.Path()), "results of an earlier run\n");   // left as it was
+    EXPECT_EQ(testing::TemporaryFilesBeside(csvFile.Path()), 0);
+    EXPECT_EQ(out.str().rfind("status: max_iterations (not converged; the values are the last iterate)\nK (RPLUG_TCOOL)\n", 0), 0u)
+        << out.str();
+
+    // A solution replaces the file whole.
+    options.solver.max_iterations = 50;
+    std::ostringstream out2, err2;
+    EXPECT_EQ(RunSolve(options, testing::CreateBlock, out2, err2), kExitOk) << err2.str();
+    EXPECT_EQ(ReadAll(csvFile.Path()).rfind("block,path,value,unit,spec\n", 0), 0u);
+    EXPECT_EQ(testing::TemporaryFilesBeside(csvFile.Path()), 0);
+}
+
+TEST(SteadyStateSolve, CsvPathsThatCannotHoldTheResultsAreRefusedBeforeReading) {
+    testing::TempFile file(kFitU);
+    for (const std::string& csv : {file.Path(), std::string("/nonexistent/results.csv"), std::string("/tmp")}) {
+        SolveCommandOptions options;
+        options.file = file.Path();
+        options.csvFile = csv;
+        std::ostringstream out, err;
+        EXPECT_EQ(RunSolve(options, testing::CreateBlock, out, err), kExitBadInput) << csv;
+        EXPECT_EQ(out.str(), "");
+        const std::string e = err.str();
+        EXPECT_EQ(e.rfind(csv + ": ", 0), 0u) << e;
+        EXPECT_EQ(std::count(e.begin(), e.end(), '\n'), 1) << e;
+    }
+    EXPECT_EQ(ReadAll(file.Path()), kFitU);   // the flowsheet is never overwritten
+}
+
+TEST(SteadyStateSolve, NoUnknownsAndNonFiniteResidualsAreNeverCalledConverged) {
+    // A negative NPTS leaves the block without points: nothing to solve.
+    testing::TempFile empty(R"({"blocks": {"C1": {"type": "RPLUG_TCOOL1", "set": {"NPTS": -3, "U": {"spec": "Fixed"}}}}})");
+    SolveCommandOptions options;
+    options.file = empty.Path();
+    options.json = true;
+    std::ostringstream out, err;
+    EXPECT_EQ(RunSolve(options, testing::CreateBlock, out, err), kExitNotSolvable);
+    EXPECT_EQ(Json::parse(out.str())["status"], "empty");
+    EXPECT_NE(err.str().find("nothing to solve"), std::string::npos) << err.str();
+
+    // (1e308 - 25) * 1e308 overflows: the residual is not finite, and neither is its norm.
+    testing::TempFile overflow(testing::HeatFluxSheet(0, R"("T_PROCESS": {"value": [1e308], "spec": "Fixed"},
+        "U": {"value": 1e308, "spec": "Fixed"}, "T_COOL": 25)"));
+    options.file = overflow.Path();
+    std::ostringstream out2, err2;
+    EXPECT_EQ(RunSolve(options, testing::CreateBlock, out2, err2), kExitNotConverged);
+    const Json j = Json::parse(out2.str());
+    EXPECT_EQ(j["status"], "non_finite_residual");
+    EXPECT_TRUE(j["residual_norm"].is_null());
+}
+
+}  // namespace
+}  // namespace zx::flowsheet

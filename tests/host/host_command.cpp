@@ -8,11 +8,11 @@
 #include <sstream>
 #include <unistd.h>
 
-CommandResult RunHost(const std::string& arguments) {
+CommandResult RunHost(const std::string& arguments, const std::string& shellBefore) {
     char errPath[] = "/tmp/zorexp_test_stderrXXXXXX";
     const int fd = mkstemp(errPath);
     if (fd >= 0) close(fd);
-    const std::string command = std::string("'") + ZOREXP_COMMAND + "' " + arguments + " 2>" + errPath;
+    const std::string command = shellBefore + "'" + ZOREXP_COMMAND + "' " + arguments + " 2>" + errPath;
     CommandResult r;
     if (FILE* p = popen(command.c_str(), "r")) {
         char buf[4096];

@@ -11,5 +11,6 @@ struct CommandResult {
     nlohmann::json Json() const { return nlohmann::json::parse(out); }
 };
 
-// arguments are appended to the command as written (the caller quotes what needs quoting).
-CommandResult RunHost(const std::string& arguments);
+// arguments are appended to the command as written (the caller quotes what needs quoting);
+// shellBefore runs in the same shell first (say, "ulimit -v 400000;").
+CommandResult RunHost(const std::string& arguments, const std::string& shellBefore = "");

@@ -70,3 +70,44 @@ TEST(IntegerArrays, ValueVectorsOnlyOverTheirOwnSet) {
     EXPECT_EQ(values[1], 2.5);                 // position 1 of {3, 4, 5}
     EXPECT_THROW(a.ValuesOver(other), std::logic_error);
 }
+
+TEST(IntegerArrays, GrowthBeyondTheSessionsElementLimitIsRefusedBeforeAnythingChanges) {
+    VX_Session session;
+    VX_Session* previous = VX_Session::MakeCurrent(&session);
+    session.SetElementLimit(10);
+    {
+        Temps a, b;
+        a.SetDim(std::make_shared<const VX_IntSetData>(0, 5));
+        EXPECT_EQ(session.Elements(), 6u);
+        try {
+            b.SetDim(std::make_shared<const VX_IntSetData>(1, 5));   // 6 + 5 > 10
+            ADD_FAILURE();
+        } catch (const VX_SizeLimitError& e) {
+            EXPECT_EQ(e.Requested(), 5u);
+            EXPECT_STREQ(e.what(), "an array would have 5 elements, bringing the array elements in use to 11, more than "
+                                   "the limit of 10 array elements");
+        }
+        EXPECT_EQ(b.Size(), 0);
+        EXPECT_EQ(b.made, 0);
+        // Shrinking one array makes room for the other; a set far beyond the limit costs nothing.
+        a.SetDim(std::make_shared<const VX_IntSetData>(0, 1));
+        b.SetDim(std::make_shared<const VX_IntSetData>(1, 5));
+        EXPECT_EQ(session.Elements(), 7u);
+        EXPECT_THROW(a.SetDim(std::make_shared<const VX_IntSetData>(0, 2147483646)), VX_SizeLimitError);
+        EXPECT_EQ(a.Size(), 2);
+
+        // A set that users give is refused when it alone is beyond the limit; a model's
+        // assignment reaches the arrays that follow it, which refuse to grow.
+        VX_INTEGERSET range;
+        Temps c;
+        c.SetDim(range);
+        std::string why;
+        EXPECT_EQ(range.AssignUser(VX_ATTR_VALUE, VX_Value(VX_IntSetValue(0, 100), 0), &why), VX_AS_REFUSED);
+        EXPECT_EQ(why, "has 101 members, more than the limit of 10 array elements");
+        VX_Value model(VX_IntSetValue(0, 5), VX_CTX_MODEL, 1, 1);
+        EXPECT_THROW(range.Assign(&model), VX_SizeLimitError);
+        EXPECT_EQ(c.Size(), 0);
+    }
+    EXPECT_EQ(session.Elements(), 0u);   // arrays give their elements back when destroyed
+    VX_Session::MakeCurrent(previous);
+}

@@ -218,6 +218,7 @@ TEST(NewtonSolver, IterationLimitsAndNonFiniteValues) {
     r = run(l, x);
     EXPECT_EQ(r.status, Status::NonFiniteResidual);
     EXPECT_NE(r.message.find("equation 0 gives nan at the starting point"), std::string::npos) << r.message;
+    EXPECT_FALSE(std::isfinite(r.residual_norm));   // never a norm of 0 for a residual that is not a number
 
     FnSystem q = scalar([](double x) { return std::sqrt(x) - 1; }, [](double x) { return 0.5 / std::sqrt(x); });
     x = {0.0};

@@ -647,7 +647,7 @@ class TypeGen:
                 f"    const int base = {self.base_cls}::ExecuteAssignments(level - 1, context);\n"
                 f"    if (base < 0) return base;\n"
                 f"    try {{\n{body}\n    }} catch (const std::exception& e) {{\n"
-                f"        return VX_ReportFailure(*this, \"ExecuteAssignments\", e.what());\n    }}\n"
+                f"        return VX_ReportFailure(*this, \"ExecuteAssignments\", e);\n    }}\n"
                 f"    return base;\n}}\n")
 
     def emit_assignments(self, items, block, em):
@@ -894,7 +894,7 @@ class TypeGen:
         lines += self.group_text(None, top)
         lines += groups
         lines += ["    } catch (const std::exception& e) {",
-                  f'        return VX_ReportFailure(*this, "SetUpEquations", (std::string(e.what()){self.set_context()}).c_str());',
+                  f'        return VX_ReportFailure(*this, "SetUpEquations", e, std::string(){self.set_context()});',
                   "    }",
                   "    m_localEqnCount = n - start;",
                   "    return SetLocalEqnCount(n);",
@@ -1004,7 +1004,7 @@ class TypeGen:
             lines += self.group_text(g, block, indent=3)
             lines.append("        }")
         lines += ["    } catch (const std::exception& e) {",
-                  '        return VX_ReportFailure(*this, "JacPattern", e.what());',
+                  '        return VX_ReportFailure(*this, "JacPattern", e);',
                   "    }",
                   "    m_localNZCount = static_cast<int>(rows - first);",
                   "    return n + m_localNZCount;",

@@ -5,10 +5,12 @@
 #include <unordered_map>
 
 #include "zorexp/references.hpp"
+#include "zorexp/session.hpp"
 #include "zorexp/variable.hpp"
 
 VX_Matrix::~VX_Matrix() {
     Follow(nullptr);
+    VX_Session::Current().CountElements(m_elements.size(), 0, *this);
     ClearElements();
 }
 
@@ -18,6 +20,8 @@ bool VX_Matrix::Reindex(std::shared_ptr<const Data>& current, std::shared_ptr<co
         current = std::move(next);   // same members: only the set object changes
         return false;
     }
+    // Refused here, before anything changes or is allocated, when the session would hold too many.
+    VX_Session::Current().CountElements(m_elements.size(), next->Size(), *this);
     std::vector<VX_Type*> old;
     old.swap(m_elements);
     const auto oldSet = std::move(current);

@@ -158,6 +158,12 @@ int VX_ReportFailure(const VX_Type& model, const char* operation, const char* me
     return VX_E_MODEL;
 }
 
+int VX_ReportFailure(const VX_Type& model, const char* operation, const std::exception& e, const std::string& context) {
+    const int status = dynamic_cast<const VX_SizeLimitError*>(&e) ? VX_E_SIZE_LIMIT : VX_E_MODEL;
+    VX_Session::Current().ReportFailure(status, &model, operation ? operation : "", e.what() + context);
+    return status;
+}
+
 VX_HRESULT VX_ModelTypeEx::QueryInterface(const VX_GUID& iid, void** out) {
     if (out && iid == VX_IID_ModelDiscontinuity) {
         *out = static_cast<VX_ModelDiscontinuity*>(this);

@@ -1,6 +1,7 @@
 #include "zorexp/property_paths.hpp"
 
 #include <charconv>
+#include <climits>
 #include <vector>
 
 #include "zorexp/arrays.hpp"
@@ -70,9 +71,30 @@ std::string IndexList(const VX_Matrix& array) {
     return out;
 }
 
+// The element of array named by one index, looked up directly (no walk over the elements):
+// null when the array is not indexed by one integer or text, or has no such element.
+VX_Type* FindDirect(VX_Matrix& array, std::string_view index) {
+    index = Trim(index);
+    if (auto* ints = dynamic_cast<VX_BASE_I*>(&array)) {
+        long i = 0;
+        return AsInteger(index, i) && i >= INT_MIN && i <= INT_MAX ? ints->Find(static_cast<int>(i)) : nullptr;
+    }
+    if (auto* texts = dynamic_cast<VX_BASE_S*>(&array)) {
+        const VX_StrSetData& set = texts->IndexSet();
+        // Members that themselves hold commas are multi-part indices: those take the walk.
+        if (set.Size() > 0 && set.At(0).find(',') == std::string::npos) return texts->Find(std::string(index).c_str());
+    }
+    return nullptr;
+}
+
 // The element of array named by indices (several when the array has several dimensions, or
 // when its elements are arrays themselves).
 VX_Type* FindElement(VX_Matrix& array, const std::vector<std::string_view>& indices, std::size_t first) {
+    if (VX_Type* direct = FindDirect(array, indices[first])) {
+        if (first + 1 == indices.size()) return direct;
+        auto* inner = dynamic_cast<VX_Matrix*>(Dereference(direct));
+        return inner ? FindElement(*inner, indices, first + 1) : nullptr;
+    }
     for (int k = 0; k < array.Size(); ++k) {
         const std::string text = array.IndexText(k);
         const auto parts = Split(text, ',');

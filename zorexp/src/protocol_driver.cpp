@@ -88,6 +88,8 @@ std::int32_t VX_ProtocolDriver::Run(int unit, const char* operation, Op&& op) no
         const std::string text = VX_StatusMessage(status);
         return Fail(unit, status, operation,
                     "status " + std::to_string(status) + (text == "unknown status" ? "" : " (" + text + ")"));
+    } catch (const VX_SizeLimitError& e) {
+        return Fail(unit, VX_E_SIZE_LIMIT, operation, e.what());
     } catch (const std::exception& e) {
         return Fail(unit, VX_E_MODEL, operation, e.what());
     } catch (...) {

@@ -19,6 +19,7 @@ class GlobalHolder final : public VX_Container {};
 // The current session lives in the runtime alone: code of a model library, built with hidden
 // visibility, must never hold a copy of it.
 VX_Session* s_current = nullptr;
+std::size_t s_defaultElementLimit = VX_Session::kNoLimit;
 }  // namespace
 
 VX_Session& VX_Session::Current() { return s_current ? *s_current : BuiltIn(); }
@@ -28,7 +29,29 @@ VX_Session& VX_Session::BuiltIn() {
     return *s;
 }
 
-VX_Session::VX_Session() = default;
+VX_Session::VX_Session() : m_elementLimit(s_defaultElementLimit) {}
+
+void VX_Session::SetDefaultElementLimit(std::size_t limit) {
+    s_defaultElementLimit = limit;
+    BuiltIn().m_elementLimit = limit;
+}
+
+void VX_Session::CountElements(std::size_t from, std::size_t to, const VX_Type& array) {
+    // Arrays made before a session was current may leave another: never count below zero.
+    const std::size_t others = m_elements - std::min(from, m_elements);
+    // Shrinking is never refused (arrays shrink in destructors).
+    if (to > from && (to > m_elementLimit || others > m_elementLimit - to)) {
+        const std::string path = array.Path();
+        const std::string inUse = others == 0 ? std::string()
+                                              : ", bringing the array elements in use to " +
+                                                    std::to_string(others + std::min(to, kNoLimit - others));
+        throw VX_SizeLimitError((path.empty() ? std::string("an array") : path) + " would have " + std::to_string(to) +
+                                    " elements" + inUse + ", more than the limit of " + std::to_string(m_elementLimit) +
+                                    " array elements",
+                                to, m_elementLimit);
+    }
+    m_elements = others + to;
+}
 
 VX_Session::~VX_Session() {
     for (VX_VarParam* v : m_columns)

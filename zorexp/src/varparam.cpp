@@ -26,7 +26,8 @@ void DeleteAs(VX_VarParam* p) { delete static_cast<T*>(p); }
 
 bool IsNumber(const VX_Value& v) { return v.GetKind() == VX_Value::Real || v.GetKind() == VX_Value::Integer; }
 
-std::string Quote(const std::string& s) { return "\"" + s + "\""; }
+// Values in messages come from users: kept on one line and cut short when long.
+std::string Quote(const std::string& s) { return "\"" + VX_BriefText(s) + "\""; }
 
 std::string ListValid(const VX_StrSetData& set) {
     std::string out;
@@ -241,6 +242,14 @@ bool VX_VarParamProp::IsDefaultAssignment() const { return m_target->SourceOf(m_
 
 VX_AssignStatus VX_VarParam::AssignUser(VX_Attr attr, const VX_Value& value, std::string* why) {
     std::string problem = CheckValue(attr, value);
+    if (problem.empty() && (m_kind == IntegerSet || m_kind == StringSet)) {
+        // A set users give may size arrays: one beyond the session's limit is refused outright.
+        const std::size_t members = m_kind == IntegerSet ? value.IntSet().Size() : value.StrSet().Size();
+        const std::size_t limit = VX_Session::Current().ElementLimit();
+        if (members > limit)
+            problem = "has " + std::to_string(members) + " members, more than the limit of " + std::to_string(limit) +
+                      " array elements";
+    }
     if (!problem.empty()) {
         if (why) *why = problem;
         return VX_AS_REFUSED;

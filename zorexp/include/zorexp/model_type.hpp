@@ -4,6 +4,8 @@
 // object, how many equations and Jacobian entries each group has, so that Residuals and
 // Jacobian can skip groups that were not asked for.
 #include <cstdint>
+#include <exception>
+#include <string>
 #include <vector>
 
 #include "zorexp/container.hpp"
@@ -118,6 +120,9 @@ private:
 // Reports that an operation of a model failed, with a message naming what (kept by the current
 // session for the host), and returns the status the operation must return (VX_E_MODEL).
 int VX_ReportFailure(const VX_Type& model, const char* operation, const char* message);
+// The same for an exception a model operation caught: VX_E_SIZE_LIMIT for an array that would
+// pass the session's limit of elements, VX_E_MODEL otherwise; `context` is added to the message.
+int VX_ReportFailure(const VX_Type& model, const char* operation, const std::exception& e, const std::string& context = {});
 
 // Expression interface: the runtime keeps an expression form of each equation, fed by
 // JacPattern. Declared in its slot order.

@@ -2,9 +2,12 @@
 // VX_Session: the state the runtime keeps for one flowsheet: solver numbering of rows and
 // columns, the global parameters shared by all blocks, and the named component lists.
 // One session is current at a time; VX_Session::Current() always yields one.
+#include <cstddef>
+#include <limits>
 #include <deque>
 #include <map>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <typeinfo>
 #include <unordered_map>
@@ -41,6 +44,20 @@ struct VX_ComponentListData {
     std::string name;
     std::shared_ptr<const VX_StrSetData> components;
     std::map<std::string, SUValue> options;   // list options such as "KBASE" (keys upper case)
+};
+
+// An array would grow beyond the session's limit of array elements: refused before anything
+// is allocated. The message names the array and the sizes.
+class VX_SizeLimitError : public std::length_error {
+public:
+    VX_SizeLimitError(const std::string& message, std::size_t requested, std::size_t limit)
+        : std::length_error(message), m_requested(requested), m_limit(limit) {}
+    std::size_t Requested() const { return m_requested; }
+    std::size_t Limit() const { return m_limit; }
+
+private:
+    std::size_t m_requested;
+    std::size_t m_limit;
 };
 
 class VX_Session {
@@ -108,6 +125,20 @@ public:
     void AddNote(std::string text);
     const std::vector<std::string>& Notes() const { return m_notes; }
 
+    // --- a guard on size: how many array elements the session may hold in all. Arrays count
+    // their elements here before they grow, so that an absurd size (say, a set of two
+    // billion members) is refused instead of exhausting memory. Unlimited unless the host
+    // sets a limit.
+    static constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
+    // The limit of sessions made from now on, and of the built-in session.
+    static void SetDefaultElementLimit(std::size_t limit);
+    void SetElementLimit(std::size_t limit) { m_elementLimit = limit; }
+    std::size_t ElementLimit() const { return m_elementLimit; }
+    std::size_t Elements() const { return m_elements; }
+    // An array goes from `from` to `to` elements. Throws VX_SizeLimitError, counting nothing,
+    // when it grows and the session would then hold more than its limit.
+    void CountElements(std::size_t from, std::size_t to, const VX_Type& array);
+
     // --- dependency recording of v(): counts reads while a recorder is active
     void BeginRecording() { m_recording = true; m_reads = 0; }
     long EndRecording() { m_recording = false; return m_reads; }
@@ -145,5 +176,7 @@ private:
     long m_reads = 0;
     bool m_recordExpressions = false;
     std::vector<ExprItem> m_tape;
+    std::size_t m_elementLimit;
+    std::size_t m_elements = 0;
     std::vector<std::string> m_notes;
 };

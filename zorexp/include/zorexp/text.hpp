@@ -1,10 +1,22 @@
 #pragma once
 // Text helpers shared by the runtime: case-insensitive comparison and the SUValue cell.
+#include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 // True when a and b are equal ignoring ASCII case (whole text, byte by byte).
 bool VX_EqualCI(const char* a, const char* b);
+
+// Length of the well-formed UTF-8 sequence starting at text[at] (1 for ASCII), or 0 when the
+// bytes there are not UTF-8 (overlong forms and surrogates included).
+std::size_t VX_Utf8Length(std::string_view text, std::size_t at);
+bool VX_IsUtf8(std::string_view text);
+
+// Text as messages show it: on one line (control characters and bytes that are not UTF-8
+// written as escapes such as \n or \xFF) and at most about limit bytes long (longer text is
+// cut and ends in "...").
+std::string VX_BriefText(std::string_view text, std::size_t limit = 60);
 
 // A loosely typed text/number cell used where options and list values are compared.
 class SUValue {

@@ -30,7 +30,8 @@ public:
     // Assigns the value under the precedence rules: a user value is never overwritten by a
     // model assignment; among model assignments a higher or equal level replaces a lower one.
     // A value of the wrong kind, outside a valid set or below an integer lower bound is refused
-    // and the attribute keeps its previous value. Throws nothing.
+    // and the attribute keeps its previous value. Throws only VX_SizeLimitError, when a set's
+    // new value would size its arrays beyond the session's limit of array elements.
     VX_AssignStatus Assign(const VX_Value* value) const;
     // Sets the current value without recording an assignment (used by solvers).
     VX_HRESULT SetCurrentValue(const VX_Value* value) const;
@@ -72,7 +73,8 @@ public:
     double* RealSlot();
     // Assigns the VALUE attribute (the form generated assignments use).
     VX_AssignStatus Assign(const VX_Value* value) { return VALUE().Assign(value); }
-    // Assigns as the user: checked, recorded as a user value. On refusal, *why says why.
+    // Assigns as the user: checked, recorded as a user value. On refusal, *why says why; a set
+    // of more members than the session's limit of array elements is refused too.
     VX_AssignStatus AssignUser(VX_Attr attr, const VX_Value& value, std::string* why = nullptr);
     // Drops a user assignment so that model assignments apply again.
     VX_HRESULT RetractNonModelAssignment() override;
