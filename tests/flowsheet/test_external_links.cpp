@@ -1,0 +1,50 @@
+// A flowsheet binds a block's external references by path ("links") and fills the reaction
+// configuration through any block that reads it: an equilibrium constant computed at a kinetics
+// block's temperature, written into that block's spare variables; and the faults of a binding
+// named by block and reference.
+#include "flowsheet_test_support.hpp"
+
+#include <cmath>
+
+namespace zx::flowsheet {
+namespace {
+
+using testing::InputErrorOf;
+
+// KIN: one power-law reaction at 150 C; K: the constant of reaction R1 by correlation,
+// ln K = 3 + 1000 / T at T + 5 (its approach); its KEQ and LNKEQ go to KIN's unused
+// QPROP(1) and MW(1). `links` replaces K's links.
+std::string Sheet(const std::string& links) {
+    return R"({"components": {"ab": ["A", "B"]}, "blocks": {
+      "KIN": {"type": "POWERLAW", "set": {"NR": 1, "T": {"value": 150, "spec": "Fixed"},
+              "Z": {"value": 0.5, "spec": "Fixed"}, "RHO": {"spec": "Fixed"}, "V": {"spec": "Fixed"}}},
+      "K": {"type": "CALCKEQ", "links": )" + links + R"(,
+            "set": {"IRXN": "R1", "IRXNCFG.RXNS": ["R1"], "IRXNCFG.KEQA(R1)": 3.0, "IRXNCFG.KEQB(R1)": 1000.0,
+                    "IRXNCFG.TAPPROACH(R1)": 5.0}}}})";
+}
+
+TEST(ExternalLinks, ABlockComputesWithWhatItsLinksName) {
+    testing::SetUpSheet s(Sheet(R"({"T": "KIN.T", "KEQ": "KIN.QPROP(1)", "lnkeq": "kin.MW(1)"})"));
+    const auto result = SolveSteadyState(*s.system, zx::solve::SolverOptions{}, nullptr);
+    ASSERT_EQ(result.status, zx::solve::SolveStatus::Converged) << result.message;
+    auto value = [&](const std::string& block, const std::string& path) {
+        return *dynamic_cast<VX_VarParam&>(*VX_ResolvePath(*s.sheet->Blocks()[block == "K" ? 1 : 0].model, path).object)
+                    .RealSlot();
+    };
+    const double lnk = 3.0 + 1000.0 / (155.0 + 273.15);
+    EXPECT_NEAR(value("K", "TEQ"), 155.0, 1e-9);
+    EXPECT_NEAR(value("KIN", "MW(1)"), lnk, 1e-9);
+    EXPECT_NEAR(value("KIN", "QPROP(1)"), std::exp(lnk), 1e-9 * std::exp(lnk));
+}
+
+TEST(ExternalLinks, FaultsNameTheBlockAndTheReference) {
+    EXPECT_NE(InputErrorOf(Sheet(R"({"T": "R9.T"})")).find("block K: external reference T: no block named R9"),
+              std::string::npos);
+    EXPECT_NE(InputErrorOf(Sheet(R"({"T": "KIN.TX"})")).find("block K: external reference T: KIN.TX"), std::string::npos);
+    EXPECT_NE(InputErrorOf(Sheet(R"({"TEQ": "KIN.T"})")).find("external reference TEQ: not an external reference"),
+              std::string::npos);
+    EXPECT_NE(InputErrorOf(Sheet(R"({"T": "KIN"})")).find("a path BLOCK.PROPERTY"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace zx::flowsheet
