@@ -12,38 +12,39 @@ namespace {
 using testing::InputErrorOf;
 
 // KIN: one power-law reaction at 150 C; K: the constant of reaction R1 by correlation,
-// ln K = 3 + 1000 / T at T + 5 (its approach); its KEQ and LNKEQ go to KIN's unused
-// QPROP(1) and MW(1). `links` replaces K's links.
+// ln K = 3 + 1000 / T at T + 5 (its approach); its KEQ and LNKEQ go to the unused pressures
+// of KIN and of a block without reactions. `links` replaces K's links.
 std::string Sheet(const std::string& links) {
-    return R"({"components": {"ab": ["A", "B"]}, "blocks": {
+    return R"J({"components": {"ab": ["A", "B"]}, "blocks": {
       "KIN": {"type": "POWERLAW", "set": {"NR": 1, "T": {"value": 150, "spec": "Fixed"},
               "Z": {"value": 0.5, "spec": "Fixed"}, "RHO": {"spec": "Fixed"}, "V": {"spec": "Fixed"}}},
-      "K": {"type": "CALCKEQ", "links": )" + links + R"(,
+      "SPARE": {"type": "POWERLAW", "set": {"NR": 0}},
+      "K": {"type": "CALCKEQ", "links": )J" + links + R"J(,
             "set": {"IRXN": "R1", "IRXNCFG.RXNS": ["R1"], "IRXNCFG.KEQA(R1)": 3.0, "IRXNCFG.KEQB(R1)": 1000.0,
-                    "IRXNCFG.TAPPROACH(R1)": 5.0}}}})";
+                    "IRXNCFG.TAPPROACH(R1)": 5.0}}}})J";
 }
 
 TEST(ExternalLinks, ABlockComputesWithWhatItsLinksName) {
-    testing::SetUpSheet s(Sheet(R"({"T": "KIN.T", "KEQ": "KIN.QPROP(1)", "lnkeq": "kin.MW(1)"})"));
+    testing::SetUpSheet s(Sheet(R"J({"T": "KIN.T", "KEQ": "KIN.P", "lnkeq": "spare.p"})J"));
     const auto result = SolveSteadyState(*s.system, zx::solve::SolverOptions{}, nullptr);
     ASSERT_EQ(result.status, zx::solve::SolveStatus::Converged) << result.message;
     auto value = [&](const std::string& block, const std::string& path) {
-        return *dynamic_cast<VX_VarParam&>(*VX_ResolvePath(*s.sheet->Blocks()[block == "K" ? 1 : 0].model, path).object)
+        return *dynamic_cast<VX_VarParam&>(*VX_ResolvePath(*s.sheet->Blocks()[block == "KIN" ? 0 : block == "SPARE" ? 1 : 2].model, path).object)
                     .RealSlot();
     };
     const double lnk = 3.0 + 1000.0 / (155.0 + 273.15);
     EXPECT_NEAR(value("K", "TEQ"), 155.0, 1e-9);
-    EXPECT_NEAR(value("KIN", "MW(1)"), lnk, 1e-9);
-    EXPECT_NEAR(value("KIN", "QPROP(1)"), std::exp(lnk), 1e-9 * std::exp(lnk));
+    EXPECT_NEAR(value("SPARE", "P"), lnk, 1e-9);
+    EXPECT_NEAR(value("KIN", "P"), std::exp(lnk), 1e-6 * std::exp(lnk));   // to the solver's tolerance
 }
 
 TEST(ExternalLinks, FaultsNameTheBlockAndTheReference) {
-    EXPECT_NE(InputErrorOf(Sheet(R"({"T": "R9.T"})")).find("block K: external reference T: no block named R9"),
+    EXPECT_NE(InputErrorOf(Sheet(R"J({"T": "R9.T"})J")).find("block K: external reference T: no block named R9"),
               std::string::npos);
-    EXPECT_NE(InputErrorOf(Sheet(R"({"T": "KIN.TX"})")).find("block K: external reference T: KIN.TX"), std::string::npos);
-    EXPECT_NE(InputErrorOf(Sheet(R"({"TEQ": "KIN.T"})")).find("external reference TEQ: not an external reference"),
+    EXPECT_NE(InputErrorOf(Sheet(R"J({"T": "KIN.TX"})J")).find("block K: external reference T: KIN.TX"), std::string::npos);
+    EXPECT_NE(InputErrorOf(Sheet(R"J({"TEQ": "KIN.T"})J")).find("external reference TEQ: not an external reference"),
               std::string::npos);
-    EXPECT_NE(InputErrorOf(Sheet(R"({"T": "KIN"})")).find("a path BLOCK.PROPERTY"), std::string::npos);
+    EXPECT_NE(InputErrorOf(Sheet(R"J({"T": "KIN"})J")).find("a path BLOCK.PROPERTY"), std::string::npos);
 }
 
 }  // namespace
