@@ -25,7 +25,18 @@ using ObjectRef = std::unique_ptr<VX_Containable, ReleaseObject>;
 
 class ProtocolRun {
 public:
-    ProtocolRun(const VX_RegistryEntry& entry, VX_ModelType& model) : m_entry(entry) { m_driver.AddBlock(model); }
+    // Looked at alone, the block's references to parameters stand for the session's globals of
+    // their names and its other external references get stand-ins, which --set reaches by the
+    // reference's name; global structures (a reaction configuration) are set up before it.
+    ProtocolRun(const VX_RegistryEntry& entry, VX_ModelType& model) : m_entry(entry), m_model(&model) {
+        for (const auto& [name, global] : VX_Session::Current().Globals())
+            if (auto* structure = dynamic_cast<VX_ModelType*>(global)) m_driver.AddBlock(*structure);
+        m_driver.AddBlock(model);
+        Check(m_driver.LinkExternals([](VX_ModelType&, VX_ExternalBase& reference, const char* name) {
+            VX_Type* global = VX_SessionGlobalFor(reference, name);
+            return global ? global : reference.StandIn();
+        }));
+    }
 
     // Sizes the arrays and runs the assignments, of the object and what it contains. Arrays are
     // sized over sets that the assignments make, and assignments may reach into array elements,
@@ -86,13 +97,17 @@ private:
         if (status >= 0) return;
         const VX_ProtocolDriver::Failure& f = m_driver.LastFailure();
         std::string who = m_entry.name;
-        if (f.unit > 0) who += ", " + m_driver.Units()[static_cast<std::size_t>(f.unit)].object->Path();
+        if (f.unit >= 0) {   // a member, or a global structure the object reads
+            const VX_ModelType* unit = m_driver.Units()[static_cast<std::size_t>(f.unit)].object;
+            if (unit != m_model) who += ", " + (unit->Path().empty() ? unit->TypeName() : unit->Path());
+        }
         // An array larger than the limit comes from the user's values: their input, not the model.
         if (f.status == VX_E_SIZE_LIMIT) throw BadInput(who + ": " + f.operation + ": " + f.message + zx::flowsheet::kSizeLimitHint);
         throw HostFailure(who + ": " + f.operation + " failed: " + f.message);
     }
 
     const VX_RegistryEntry& m_entry;
+    const VX_ModelType* m_model;
     VX_ProtocolDriver m_driver;
 };
 
@@ -123,7 +138,8 @@ ContainerReport DescribeContainer(const VX_RegistryEntry& entry, const Container
         run.Dimension();
     }
 
-    ContainerReport report{entry.name, entry.containerId, entry.kind, entry.base, entry.modelled, {}, {}, {}, {}};
+    ContainerReport report{entry.name, entry.containerId, entry.kind, entry.base, entry.modelled, entry.equationsDefined,
+                           {}, {}, {}, {}};
     report.equations = run.Equations(report.equationsUnavailable);
     report.properties = InspectProperties(*model);
     for (const VX_Refusal& r : VX_Session::Current().Refusals())

@@ -52,6 +52,7 @@ struct RefusalReport {
 struct ContainerReport {
     std::string type, id, kind, base;
     bool defined;
+    bool equationsDefined;   // false: the properties are known, the equations not yet
     std::vector<PropertyReport> properties;
     std::vector<EquationReport> equations;
     // Why the equations could not be set up with these settings (they are then not listed).
@@ -72,6 +73,7 @@ struct TypeListing {
     std::optional<std::string> id;      // containers only
     std::optional<bool> defined;        // containers only
     std::optional<bool> creatable;      // containers only: has an exported factory
+    std::optional<bool> equationsDefined;   // containers only
 };
 
 }  // namespace zorexp_cli

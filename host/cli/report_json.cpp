@@ -53,6 +53,7 @@ Json ToJson(const ContainerReport& r) {
     j["kind"] = r.kind;
     j["base"] = r.base;
     j["defined"] = r.defined;
+    j["equations_defined"] = r.equationsDefined;
     Json& props = j["properties"] = Json::array();
     for (const PropertyReport& p : r.properties) props.push_back(PropertyJson(p));
     Json& eqs = j["equations"] = Json::array();
@@ -96,6 +97,7 @@ Json ToJson(const std::vector<TypeListing>& listing) {
         if (t.id) j["id"] = *t.id;
         j["base"] = t.base;
         if (t.defined) j["defined"] = *t.defined;
+        if (t.equationsDefined) j["equations_defined"] = *t.equationsDefined;
         if (t.creatable) j["creatable"] = *t.creatable;
         list.push_back(std::move(j));
     }

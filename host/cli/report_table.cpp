@@ -68,7 +68,9 @@ void AddProperty(TextTable& table, const PropertyReport& p) {
 
 std::string ToText(const ContainerReport& r) {
     std::string out = fmt::format("{}: {}, id \"{}\", base {}, {}\n", r.type, r.kind, Shown(r.id), r.base,
-                                  r.defined ? "content defined" : "content not defined yet: no properties or equations");
+                                  !r.defined            ? "content not defined yet: no properties or equations"
+                                  : !r.equationsDefined ? "properties defined, equations not defined yet: it contributes none"
+                                                        : "content defined");
     if (!r.defined) return out;
 
     TextTable props({"Property", "Kind", "Type", "Value", "Lower", "Upper", "Spec", "Unit", "Valid", "Description"});
@@ -125,7 +127,10 @@ std::string ToText(const std::vector<TypeListing>& listing) {
     TextTable table({"Type", "Kind", "Id", "Base", "Content", "Creatable"});
     for (const TypeListing& t : listing)
         table.AddRow({t.name, t.kind, t.id ? Shown(*t.id) : "", t.base,
-                      t.defined ? (*t.defined ? "defined" : "not defined yet") : "",
+                      t.defined ? (!*t.defined ? "not defined yet"
+                                   : t.equationsDefined.value_or(true) ? "defined"
+                                                                       : "properties only, equations not defined yet")
+                                : "",
                       t.creatable ? (*t.creatable ? "yes" : "no") : ""});
     return table.Render();
 }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cctype>
 #include <list>
+#include <map>
+#include <utility>
 
 #include "paths/property_paths.hpp"
 #include "flowsheet/input_error.hpp"
@@ -178,12 +180,32 @@ void Flowsheet::Connect(const FlowsheetDocument& doc) {
 }
 
 void Flowsheet::LinkGlobals(const FlowsheetDocument& doc) {
-    // An external reference to a parameter (a mixer's EPS) stands for the flowsheet's global
-    // of its name, which the file's "globals" may then set.
-    const auto toGlobal = [](VX_ModelType&, VX_ExternalBase& reference, const char* name) {
+    // A block's "links" bind its external references to properties of blocks by path (a
+    // CALCKEQ's T to a reactor's temperature); found first, so that nothing is half bound.
+    std::map<std::pair<const VX_Type*, std::string>, VX_Type*> links;
+    for (std::size_t b = 0; b < doc.blocks.size(); ++b)
+        for (const SetEntry& l : doc.blocks[b].links) {
+            VX_ModelType& owner = *m_blocks[b].model;
+            const std::string who = "block " + m_blocks[b].name + ": external reference " + l.path;
+            auto reference = zorexp_cli::ResolvePath(owner, l.path);
+            if (!dynamic_cast<VX_ExternalBase*>(reference.object))
+                throw InputError(l.pointer, who + ": " + (reference.object ? "not an external reference" : reference.problem), l.pos);
+            const std::string& path = l.value.Text();
+            const std::string blockName = path.substr(0, path.find('.'));
+            const auto other = m_blockByName.find(NameKey(blockName));
+            if (other == m_blockByName.end()) throw InputError(l.pointer, who + ": no block named " + blockName, l.pos);
+            auto target = zorexp_cli::ResolvePath(*m_blocks[static_cast<std::size_t>(other->second)].model,
+                                                  path.substr(path.find('.') + 1));
+            if (!target.object) throw InputError(l.pointer, who + ": " + path + ": " + target.problem, l.pos);
+            links[{&owner, NameKey(reference.object->LocalName())}] = Dereference(target.object);
+        }
+    // Any other external reference to a parameter (a mixer's EPS) stands for the flowsheet's
+    // global of its name, which the file's "globals" may then set.
+    const auto bind = [&links](VX_ModelType& owner, VX_ExternalBase& reference, const char* name) -> VX_Type* {
+        if (const auto l = links.find({&owner, NameKey(name)}); l != links.end()) return l->second;
         return VX_SessionGlobalFor(reference, name);
     };
-    if (m_driver.LinkExternals(toGlobal) >= 0) return;
+    if (m_driver.LinkExternals(bind) >= 0) return;
     const VX_ProtocolDriver::Failure& f = m_driver.LastFailure();
     const auto& unit = m_driver.Units()[static_cast<std::size_t>(f.unit)];
     const std::string at = unit.block >= 0 ? PointerChild(doc.blocks[static_cast<std::size_t>(unit.block)].pointer, "type") : "";

@@ -224,7 +224,7 @@ std::vector<SetEntry> ReadSets(JsonReader& reader, const std::string& pointer, c
 void ReadBlock(JsonReader& reader, BlockSpec& block) {
     const std::string& at = block.pointer;
     EnterObject(reader, at, "an object with \"type\" and \"set\"");
-    static constexpr const char* kKeys[] = {"type", "components", "set", "description", "ports"};
+    static constexpr const char* kKeys[] = {"type", "components", "set", "description", "ports", "links"};
     KnownKeys keys(kKeys, "a block");
     std::string key;
     SourcePos keyAt;
@@ -258,6 +258,12 @@ void ReadBlock(JsonReader& reader, BlockSpec& block) {
                 throw InputError(keyPointer, "not implemented: ports of blocks cannot be joined yet", ports.Pos());
             break;
         }
+        case 5:
+            block.links = ReadSets(reader, keyPointer, "an object of external references and the paths they are bound to");
+            for (const SetEntry& l : block.links)
+                if (l.value.GetKind() != InputValue::Kind::Text || l.value.Text().find('.') == std::string::npos)
+                    Wrong(l.pointer, "a path BLOCK.PROPERTY", l.value);
+            break;
         }
     }
     if (!keys.Seen(0)) throw InputError(at, "block " + block.name + " has no \"type\"", block.pos);
@@ -272,7 +278,7 @@ void ReadBlocks(JsonReader& reader, FlowsheetDocument& doc) {
                                         : "block name \"" + VX_BriefText(name) + "\" may hold only letters, digits, '_' and '-'";
         },
         [&](const std::string& name, const std::string& at, SourcePos keyAt) {
-            doc.blocks.push_back(BlockSpec{name, {}, {}, {}, at, keyAt, {}, {}});
+            doc.blocks.push_back(BlockSpec{name, {}, {}, {}, at, keyAt, {}, {}, {}});
             ReadBlock(reader, doc.blocks.back());
         });
     if (doc.blocks.empty()) throw InputError("/blocks", "the flowsheet has no blocks", sectionAt);

@@ -40,6 +40,8 @@ struct BlockSpec {
     std::vector<SetEntry> sets;  // in file order
     std::string pointer;
     SourcePos pos, typePos, componentsPos;
+    // External references bound by path: path = the reference's name, value = "BLOCK.PATH".
+    std::vector<SetEntry> links;
 };
 
 // A connection: an outlet port joined to an inlet port, each "BLOCK.PORT"; a multiport end

@@ -44,6 +44,12 @@ public:
     // The linked object. Only valid once linked (IsLinked()).
     TargetType& operator*() const { return *static_cast<TargetType*>(m_target); }
     TargetType* operator->() const { return static_cast<TargetType*>(m_target); }
+
+protected:
+    VX_Type* NewStandIn() const override {
+        if constexpr (std::is_base_of_v<VX_Matrix, T>) return nullptr;   // sized over sets it cannot know
+        else return new T(true);
+    }
 };
 
 template <class T>

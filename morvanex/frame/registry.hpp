@@ -12,6 +12,8 @@ struct VX_RegistryEntry {
     bool exported;             // has <name>Factory, <name>PropertyInfo, _JacData<name>, _Compatibility<name>
     bool modelled;             // false: an empty container whose content is not defined yet
     const char* containerId;   // "Model RPLUG_TCOOL1\tV7.0"
+    bool equationsDefined;     // false for an empty container and for one whose properties are
+                               // written out but whose equations are not defined yet
 };
 
 // All entries in table order.

@@ -189,6 +189,8 @@ void VX_MultiIndexBase::Redimension(std::vector<Dim> dims) {
 void VX_MultiIndexBase::NewElements() {
     for (std::size_t k = 0; k < m_elements.size(); ++k)
         if (!m_elements[k]) Adopt(NewElement(), static_cast<int>(k));
+    // Generated equations read an array of variables through Values(), by flat position.
+    BindValues();
 }
 
 VX_Type* VX_MultiIndexBase::CreateMissingArrayElement(const char* indexText) {
@@ -213,7 +215,10 @@ VX_Type* VX_MultiIndexBase::CreateMissingArrayElement(const char* indexText) {
         if (p < 0) return nullptr;
         flat += p * m_dims[d].stride;
     }
-    if (!m_elements[static_cast<std::size_t>(flat)]) Adopt(NewElement(), static_cast<int>(flat));
+    if (!m_elements[static_cast<std::size_t>(flat)]) {
+        Adopt(NewElement(), static_cast<int>(flat));
+        BindValues();
+    }
     return m_elements[static_cast<std::size_t>(flat)];
 }
 

@@ -107,5 +107,24 @@ class InternalSetPasses(unittest.TestCase):
         self.assertIn("expected the pass as an integer", err)
 
 
+class FilteredReductions(unittest.TestCase):
+    def test_a_filter_reads_parameters_and_loop_variables(self):
+        status, err = compile_text(HEAD + '''    N     : INTEGERPARAMETER
+    X     : TEMPERATURE over NUMS
+equations
+    Q = sum(j in NUMS where j <= N and j <> 2: X(j)) * prod(j in NUMS where j > N: X(j) - T)
+''')
+        self.assertEqual(status, 0, err)
+
+    def test_a_filter_reading_a_variable_is_refused(self):
+        status, err = compile_text(HEAD + '''    X     : TEMPERATURE over NUMS
+equations
+    Q = sum(j in NUMS where X(j) > 0: X(j))
+''')
+        self.assertEqual(status, 1, err)
+        self.assertIn("errors.model:9:", err)
+        self.assertIn("the filter of a sum reads integer and logical parameters", err)
+
+
 if __name__ == "__main__":
     unittest.main()

@@ -28,6 +28,21 @@ inline std::int32_t LinkGlobals(VX_ProtocolDriver& d) {
     });
 }
 
+// As LinkGlobals, and every other reference gets its own stand-in (a block looked at alone).
+inline std::int32_t LinkGlobalsAndStandIns(VX_ProtocolDriver& d) {
+    return d.LinkExternals([](VX_ModelType&, VX_ExternalBase& reference, const char* name) {
+        VX_Type* global = VX_SessionGlobalFor(reference, name);
+        return global ? global : reference.StandIn();
+    });
+}
+
+// The session's global structures (a reaction configuration) as blocks of the driver, before
+// the blocks that read them.
+inline void AddGlobalStructures(VX_ProtocolDriver& d, VX_Session& s) {
+    for (const auto& [name, global] : s.Globals())
+        if (auto* structure = dynamic_cast<VX_ModelType*>(global)) d.AddBlock(*structure);
+}
+
 // Sizes, assigns (the model at `level`), and sizes again over the sets the assignments gave.
 inline std::int32_t Prepare(VX_ModelType& m, int level = 10) {
     VX_ProtocolDriver d;

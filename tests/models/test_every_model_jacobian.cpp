@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <map>
 #include <memory>
 #include <random>
 #include <string>
@@ -23,13 +24,15 @@ struct Released {
 };
 
 // "NPTS=3" as a user value of the property it names: an integer, a real number or a text by
-// the property's kind.
-void ApplySetting(VX_ModelType& m, const std::string& setting) {
+// the property's kind. Left for a later round (applied false) while the path names nothing
+// yet: an element exists once its array is sized.
+void ApplySetting(VX_ModelType& m, const std::string& setting, bool& applied) {
     const auto eq = setting.find('=');
     ASSERT_NE(eq, std::string::npos) << setting;
     const std::string path = setting.substr(0, eq), text = setting.substr(eq + 1);
     VX_PathResolution found = VX_ResolvePath(m, path);
-    ASSERT_NE(found.object, nullptr) << found.problem;
+    applied = found.object != nullptr;
+    if (!applied) return;
     // A multiport takes the names of its connections, separated by commas.
     if (auto* multiport = dynamic_cast<VX_MULTIPORT_BaseType*>(found.object)) {
         for (std::size_t start = 0; start <= text.size();) {
@@ -48,6 +51,16 @@ void ApplySetting(VX_ModelType& m, const std::string& setting) {
     case VX_VarParam::RealVariable:
     case VX_VarParam::RealParameter: value = VX_Value(std::stod(text), 0); break;
     case VX_VarParam::LogicalParameter: value = VX_Value(text == "true", 0); break;
+    case VX_VarParam::StringSet: {   // members separated by commas
+        std::vector<std::string> members;
+        for (std::size_t start = 0; start <= text.size();) {
+            const auto end = std::min(text.find(',', start), text.size());
+            members.push_back(text.substr(start, end - start));
+            start = end + 1;
+        }
+        value = VX_Value(VX_StrSetValue(std::move(members)), 0);
+        break;
+    }
     default: value = VX_Value(text.c_str(), 0); break;
     }
     std::string why;
@@ -58,24 +71,43 @@ class EveryModel : public ::testing::TestWithParam<VX_CheckCase> {};
 
 TEST_P(EveryModel, JacobianAgreesWithFiniteDifferences) {
     const VX_CheckCase& c = GetParam();
+    // Settings of the form option(NAME)=VALUE are options of the component list (a text value),
+    // the others settings of the model.
+    std::vector<std::string> settings;
+    std::map<std::string, SUValue> options;
+    const std::string all = c.settings;
+    for (std::size_t start = 0; !all.empty() && start <= all.size();) {
+        const auto end = std::min(all.find(';', start), all.size());
+        const std::string setting = all.substr(start, end - start);
+        start = end + 1;
+        const auto eq = setting.find('=');
+        if (setting.rfind("option(", 0) == 0 && eq != std::string::npos && eq > 8)
+            options[setting.substr(7, eq - 8)] = SUValue(setting.substr(eq + 1));
+        else
+            settings.push_back(setting);
+    }
     ScopedSession session;
-    session->DefineComponentList("CHECK", {"WATER", "METHANOL", "ETHANOL"});
+    session->DefineComponentList("CHECK", {"WATER", "METHANOL", "ETHANOL"}, options);
     std::unique_ptr<VX_ModelType, Released> model(c.make());
     VX_ProtocolDriver driver;
+    AddGlobalStructures(driver, *session);
     driver.AddBlock(*model);
-    // External references to parameters stand for the flowsheet's globals, as in the host; the
-    // settings may then give them values.
-    ASSERT_GE(LinkGlobals(driver), 0) << driver.LastFailure().message;
-    std::string settings = c.settings;
-    for (std::size_t start = 0; !settings.empty() && start <= settings.size();) {
-        const auto end = std::min(settings.find(';', start), settings.size());
-        ApplySetting(*model, settings.substr(start, end - start));
-        start = end + 1;
-    }
-    for (int pass = 0; pass < 2; ++pass) {
+    // External references to parameters stand for the flowsheet's globals, as in the host, the
+    // others get stand-ins; the settings may then give them values.
+    ASSERT_GE(LinkGlobalsAndStandIns(driver), 0) << driver.LastFailure().message;
+    // Rounds as a flowsheet applies its values: what exists, then sizes and assignments.
+    for (int pass = 0; pass < 4; ++pass) {
+        std::vector<std::string> later;
+        for (const std::string& setting : settings) {
+            bool applied = false;
+            ApplySetting(*model, setting, applied);
+            if (!applied) later.push_back(setting);
+        }
+        settings.swap(later);
         ASSERT_GE(driver.SetDims(), 0) << driver.LastFailure().message;
         ASSERT_GE(driver.ExecuteAssignments(0, VX_CTX_MODEL), 0) << driver.LastFailure().message;
     }
+    ASSERT_TRUE(settings.empty()) << settings.front() << ": " << VX_ResolvePath(*model, settings.front().substr(0, settings.front().find('='))).problem;
     ASSERT_GE(driver.SetUpEquations(), 0) << driver.LastFailure().operation << ": " << driver.LastFailure().message;
     const std::vector<std::string> problems = zx::checks::CheckDriverStructure(driver);
     EXPECT_TRUE(problems.empty()) << problems.front();

@@ -52,6 +52,10 @@ def register(cat, path, rels, library, test):
         if not info.modelled:
             raise DescriptionError(path, d.tok.line, d.tok.col,
                                    f"{d.name} is EMPTY in frame/registry.def: mark it MODELLED there")
+        if not info.equations and d.equations:
+            raise DescriptionError(path, d.tok.line, d.tok.col,
+                                   f"{d.name} is PROPERTIES in frame/registry.def (its equations are not "
+                                   f"defined): mark it MODELLED there to give it equations")
         if info.kind != kind_of(d) or info.base != d.base:
             raise DescriptionError(path, d.tok.line, d.tok.col,
                                    f"frame/registry.def has {d.name} as {info.kind} on {info.base}; "

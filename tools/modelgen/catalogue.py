@@ -33,7 +33,8 @@ class TypeInfo:
     kind: Optional[str] = None    # for containers: Model, Port, Structure
     base: Optional[str] = None    # for containers
     exported: bool = False
-    modelled: bool = False        # the registry row is MODELLED
+    modelled: bool = False        # the registry row is MODELLED or PROPERTIES
+    equations: bool = False       # the registry row is MODELLED: it may have equations
     description: object = None    # the parsed description, for modelled containers
     row: int = -1                 # position in registry.def
 
@@ -136,6 +137,7 @@ def load(types_dir, registry_def):
     for row, (name, fields) in enumerate(_rows(registry_def, "VX_CONTAINER")):
         kind, base, exports, content = fields[0], fields[1], fields[2], fields[3]
         cat.types[name] = TypeInfo(name, "container", kind=kind, base=base,
-                                   exported=(exports == "EXPORTED"), modelled=(content == "MODELLED"),
+                                   exported=(exports == "EXPORTED"), modelled=(content in ("MODELLED", "PROPERTIES")),
+                                   equations=(content == "MODELLED"),
                                    row=row)
     return cat

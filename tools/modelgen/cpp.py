@@ -141,6 +141,10 @@ class Emitter:
         for b in block.chain():
             if node.uid in b.names:
                 return b.names[node.uid]
+            # A loop that binds one of the node's variables again (a sum over c inside the
+            # entries' loop over c) hides the values computed outside it.
+            if b.binds & node.free:
+                return None
         return None
 
     def define(self, node, block, expr):
@@ -283,7 +287,25 @@ class Emitter:
         return setref.prop.name
 
     def open_loop(self, it, block):
-        """A block that runs once per element of it's set; returns (header, child, footer)."""
+        """A block that runs once per element of it's set; returns (header, child, footer).
+        A filtered loop skips the elements its filter refuses and counts those it admits."""
+        header, child, footer = self.open_set_loop(it, block)
+        if it.where is None:
+            return header, child, footer
+        c = it.cname()
+        # In the loop's preamble, so that nothing is computed for an element it refuses.
+        test = self.emit(it.where, child)
+        child.pre.append(f"if (!({test})) continue;")
+        child.pre.append(f"++f_{c};")
+        return f"{{ std::ptrdiff_t f_{c} = 0; {header}", child, f"{footer} static_cast<void>(f_{c}); }}"
+
+    def iter_first(self, it, block):
+        """The test that a loop is at the first element it admits."""
+        if it.where is not None:
+            return f"f_{it.cname()} == 1"
+        return f"{self.iter_pos(it, block)} == 0"
+
+    def open_set_loop(self, it, block):
         child = Block(block, binds=[it], barrier="loop")
         if self.mode == "setup":
             cls = "VX_IntegerSetIter" if it.elem == "integer" else "VX_StringSetIter"
@@ -416,7 +438,7 @@ class Emitter:
         d, idx = sym.steps[k]
         parts = []
         for dim, i in enumerate(idx):
-            pos = self.hot_position(d, dim, i, arr_name, k, block)
+            pos = self.hot_position(d, dim, i, arr_name, k, block, ir.Sym(sym.steps[:k] + [(d, [])]))
             if len(idx) == 1:
                 return pos
             stride = self.emit(ir.mk("stride", "int", arr_node, dim), block) if arr_node is not None \
@@ -424,7 +446,7 @@ class Emitter:
             parts.append(f"{pos} * {stride}")
         return " + ".join(parts)
 
-    def hot_position(self, d, dim, i, arr_name, step, block):
+    def hot_position(self, d, dim, i, arr_name, step, block, array=None):
         sets = d.over if d.category != "multiport" else [SetRef("connections", d)]
         declared = sets[dim]
         if i[0] == "iter":
@@ -437,4 +459,4 @@ class Emitter:
             return f"{arr_name}.PositionOf({dim}, {value})"
         if i[0] == "int":
             return f"{arr_name}.PositionOf({dim}, {self.emit(i[1], block)})"
-        return self.gen.resolved_position(d, dim, i[1], arr_name, step, self, block)
+        return self.gen.resolved_position(d, dim, i[1], arr_name, step, self, block, array)

@@ -110,6 +110,7 @@ class Resolved:
     decl: object
     dim: int
     node: ir.Node
+    array: object = None    # the path of the array (a Sym without the array's indices)
 
 
 class TypeGen:
@@ -414,14 +415,21 @@ class TypeGen:
         the array's own order: the same set of this object."""
         return step == 0 and setref.key() == declared.key()
 
-    def resolved_position(self, d, dim, node, arr_name, step, emitter, block):
-        if step != 0 or node.free:
-            self.fail(d.tok, f"{d.name}: a text index inside a member or depending on a loop variable "
+    def resolved_position(self, d, dim, node, arr_name, step, emitter, block, array=None):
+        # A member's array is found by SetUpEquations once, so the path to it may not depend on
+        # a loop either (IRXNCFG.KEQA(IRXN) is fine, IN_F(j).Z(WATERID) is not).
+        prefix_free = array is not None and any(
+            i[0] == "iter" or (i[0] in ("int", "str") and i[1].free)
+            for _d, idx in array.steps[:-1] for i in idx)
+        if node.free or (step != 0 and (array is None or prefix_free)):
+            self.fail(d.tok, f"{d.name}: a text index inside an indexed member or depending on a loop variable "
                              f"is not supported by this generator")
+        key = array.exact if array is not None and step != 0 else None
         for r in self.resolved:
-            if r.decl is d and r.dim == dim and r.node is node:
+            if r.decl is d and r.dim == dim and r.node is node and \
+                    (r.array.exact if r.array is not None else None) == key:
                 return f"m_position[{r.slot}]"
-        r = Resolved(len(self.resolved), d, dim, node)
+        r = Resolved(len(self.resolved), d, dim, node, array if step != 0 else None)
         self.resolved.append(r)
         return f"m_position[{r.slot}]"
 
@@ -863,10 +871,11 @@ class TypeGen:
         lines.append("    try {")
         top = Block()
         for r in self.resolved:
-            arr = r.decl.cpp_access("")
+            arr = em.object_expr(r.array, top) if r.array is not None else r.decl.cpp_access("")
             text = em.emit(r.node, top)
+            # -1 when there is no such element: only an equation that names it reads the
+            # position, and setting that equation up fails naming the array and the index.
             top.add(f"m_position[{r.slot}] = {arr}.PositionOfText({r.dim}, {text});")
-            top.add(f"if (m_position[{r.slot}] < 0) VX_ThrowMissingElement({arr}, {text});")
         groups = []
         for g in self.groups:
             block = Block(barrier="hard")
@@ -963,7 +972,7 @@ class TypeGen:
                             block.add(line)
                 stmt = template.format(obj=obj)
                 if guards:
-                    cond = " && ".join(f"{em.iter_object(g)}.Position() == 0" for g in guards)
+                    cond = " && ".join(em.iter_first(g, block) for g in guards)
                     stmt = f"if ({cond}) {stmt}"
                 block.add(stmt)
             else:
@@ -1091,7 +1100,7 @@ class TypeGen:
                 value = em.emit(d, block)
                 stmt = f"values[k++] = {value};"
                 if guards:
-                    cond = " && ".join(f"{em.iter_pos(g, block)} == 0" for g in guards)
+                    cond = " && ".join(em.iter_first(g, block) for g in guards)
                     stmt = f"if ({cond}) {stmt}"
                 block.add(stmt)
             else:

@@ -24,6 +24,7 @@ class Iter:
         self.slot = slot            # for 'red': (set key, rank) identifying the term family
         self.bound_to = bound_to    # a 'pos' node: this variable stands for a computed position
         self.needs_value = False    # its integer value is read (not only its position)
+        self.where = None           # for 'red': a condition on parameters; other elements are skipped
 
     @property
     def elem(self):
@@ -166,7 +167,21 @@ def mk(op, ctype, *args, free_extra=(), bind=None):
 def _iter_free(it):
     if it.bound_to is not None:
         return set(it.bound_to.free)
-    return {it}
+    # A filtered loop depends on the loop variables its filter reads.
+    return {it} | (set(it.where.free) if it.where is not None else set())
+
+
+def nodes(node):
+    """Every node of an expression, each once."""
+    seen, stack, out = set(), [node], []
+    while stack:
+        n = stack.pop()
+        if n.uid in seen:
+            continue
+        seen.add(n.uid)
+        out.append(n)
+        stack.extend(a for a in n.args if isinstance(a, Node))
+    return out
 
 
 # --- constructors with the folding that is exact ---------------------------------------------
@@ -319,6 +334,8 @@ def prodexcl(it, body, at, prod):
     fresh = _fresh.get(key)
     if fresh is None:
         fresh = _fresh[key] = Iter(it.name, it.setref, "red", slot=it.slot)
+        if it.where is not None:
+            fresh.where = substitute(it.where, {it: fresh})
     body_at = substitute(body, {it: at})
     body_loop = substitute(body, {it: fresh})
     return mk("prodexcl", "double", body_at, prod, fresh, body_loop, at, bind=fresh)
@@ -574,7 +591,10 @@ class WalkBuilder:
         if fam in self.walk.seen:
             guards, _ctx = self.walk.seen[fam]
             for g in guards:
-                if g not in context:
+                # Written again in another unfiltered loop over the same set: that loop has
+                # elements exactly when the first one has, so the entry stays where it is.
+                if g not in context and not any(c.setref.key() == g.setref.key() and c.where is None
+                                                 and g.where is None for c in context):
                     tok_error(f"{sym.text()} is first written inside a sum or product over {g.name}, "
                               f"where it does not depend on {g.name}; write it outside first")
             return

@@ -9,6 +9,9 @@ from . import syntax as S
 from .errors import DescriptionError
 from .model import ATTRIBUTES, SPEC_NAMES, SetRef
 
+# What the filter of a sum or product may read: it is tested at every element of every
+# evaluation, so it reads no real values and no texts.
+FILTER_OPS = {"itv", "int", "bool", "icmp", "iadd", "isub", "imul", "and", "or", "not", "iparam", "lparam", "isize"}
 UNARY_FUNCTIONS = {"exp", "log", "log10", "sqrt", "sin", "cos", "tanh", "cosh", "sinh", "abs"}
 # Attributes a condition may read: the logical flags of a variable.
 FLAG_ATTRIBUTES = ("ISMATCHED", "ISCONNECTED", "RECORD")
@@ -262,6 +265,11 @@ class Lowering:
         inner = scope.child()
         it = self.new_iter(e.var, setref, "red", e.tok, scope)
         inner.vars[e.var] = it
+        if e.where is not None:
+            it.where = self.expr(e.where, inner, None, "bool")
+            if any(n.op not in FILTER_OPS for n in ir.nodes(it.where)):
+                self.fail(e.where.tok, f"the filter of a {e.kind} reads integer and logical parameters, set sizes and "
+                                             f"integer loop variables only")
         self.red_stack.append(setref.key())
         if walk is not None:
             walk.enter(it)

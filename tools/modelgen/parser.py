@@ -451,10 +451,11 @@ class Parser:
                     var = self.expect_name().text
                     self.expect("in")
                     over = self.expression()
+                    where = self.expression() if self.accept("where") else None
                     self.expect(":", "':' and the term")
                     body = self.expression()
                     self.expect(")")
-                    e = S.Reduce(e.tok, e.name, var, over, body)
+                    e = S.Reduce(e.tok, e.name, var, over, body, where)
                     continue
                 e = S.Apply(t, e, self.arguments(")"))
             elif self.accept("."):

@@ -81,6 +81,7 @@ class Reduce(Expr):
     var: str
     over: Expr
     body: Expr
+    where: Optional[Expr] = None   # only the elements this condition on parameters admits
 
 
 # --- statements ------------------------------------------------------------------------------

@@ -25,6 +25,18 @@ VX_Type* VX_ExternalBase::AddProperty(VX_ExternalBase* member, VX_Type* owner, c
     return VX_Type::AddProperty(member, owner, name, description, flags, reserved);
 }
 
+VX_ExternalBase::~VX_ExternalBase() {
+    if (m_standIn) m_standIn->Release();
+}
+
+VX_Type* VX_ExternalBase::StandIn() {
+    if (!m_standIn && (m_standIn = NewStandIn())) {
+        m_standIn->AddRef();
+        m_standIn->SetOwner(Owner(), SlotInOwner());
+    }
+    return m_standIn;
+}
+
 VX_HRESULT VX_ExternalBase::ExternalLink(VX_Type* object) {
     if (!object) return VX_E_POINTER;
     if (!object->ContainerDerivesFrom(ExternalTypeName())) return VX_E_WRONGKIND;

@@ -56,8 +56,17 @@ public:
 
 class VX_ExternalBase : public VX_Type {
 public:
+    VX_ExternalBase() = default;
+    // A copy starts unlinked and without a stand-in: the stand-in belongs to the original.
+    VX_ExternalBase(const VX_ExternalBase&) : VX_Type() {}
+    VX_ExternalBase& operator=(const VX_ExternalBase&) { return *this; }
+    ~VX_ExternalBase() override;
     static VX_Type* AddProperty(VX_ExternalBase* member, VX_Type* owner, const char* name,
                                 const char* description, int flags, int reserved);
+    // An object of the referenced type that this reference owns and that stands for what a
+    // flowsheet would bind, so that a block can be looked at alone: made on first call, named
+    // like the reference (so paths reach it), null when the type cannot stand alone (an array).
+    VX_Type* StandIn();
     // The container id the linked object is checked against.
     virtual const char* ExternalTypeName() const = 0;
     // Links the reference to an object; refused (VX_E_WRONGKIND) when the object does not
@@ -67,7 +76,11 @@ public:
     bool IsLinked() const { return m_target != nullptr; }
 
 protected:
+    virtual VX_Type* NewStandIn() const { return nullptr; }
     VX_Type* m_target = nullptr;
+
+private:
+    VX_Type* m_standIn = nullptr;
 };
 
 class VX_VirtualBase : public VX_Type {
