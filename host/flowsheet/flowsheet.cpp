@@ -146,26 +146,28 @@ void Flowsheet::Connect(const FlowsheetDocument& doc) {
     for (const auto& [name, object] : m_session->Globals())
         if (auto* structure = dynamic_cast<VX_ModelType*>(object)) m_driver.AddUnit(*structure);
     for (const ConnectionSpec& c : doc.connections) {
+        // Every refusal names both ends.
+        const std::string both = "connection " + c.from + " -> " + c.to + ": ";
         auto port = [&](const std::string& path, const char* key) -> VX_PortType& {
             const std::string at = PointerChild(c.pointer, key);
             const SourcePos pos = std::string(key) == "to" ? c.toPos : c.fromPos;
             const auto dot = path.find('.');
-            if (dot == std::string::npos) throw InputError(at, "connection end \"" + path + "\" is not BLOCK.PORT", pos);
+            if (dot == std::string::npos) throw InputError(at, both + "end \"" + path + "\" is not BLOCK.PORT", pos);
             const std::string blockName = path.substr(0, dot);
             const auto b = m_blockByName.find(NameKey(blockName));
-            if (b == m_blockByName.end()) throw InputError(at, "connection end " + path + ": no block named " + blockName, pos);
+            if (b == m_blockByName.end()) throw InputError(at, both + "end " + path + ": no block named " + blockName, pos);
             auto found = zorexp_cli::ResolvePath(*m_blocks[static_cast<std::size_t>(b->second)].model, path.substr(dot + 1));
-            if (!found.object) throw InputError(at, "connection end " + path + ": " + found.problem, pos);
+            if (!found.object) throw InputError(at, both + "end " + path + ": " + found.problem, pos);
             if (auto* multi = dynamic_cast<VX_MULTIPORT_BaseType*>(found.object)) {
                 const std::string& other = std::string(key) == "to" ? c.from : c.to;
                 const std::string name = c.name.empty() ? other.substr(0, other.find('.')) : c.name;
                 std::string why;
                 VX_PortType* p = multi->AddConnection(name, &why);
-                if (!p) throw InputError(at, "connection " + c.from + " -> " + c.to + ": " + why, pos);
+                if (!p) throw InputError(at, both + why, pos);
                 return *p;
             }
             auto* p = dynamic_cast<VX_PortType*>(found.object);
-            if (!p) throw InputError(at, "connection end " + path + " is not a port", pos);
+            if (!p) throw InputError(at, both + "end " + path + " is not a port", pos);
             return *p;
         };
         VX_PortType& from = port(c.from, "from");
@@ -173,7 +175,7 @@ void Flowsheet::Connect(const FlowsheetDocument& doc) {
         std::string why;
         std::unique_ptr<VX_Connection> made(
             VX_Connection::Make(from, to, &why, [this](const VX_Type& port) { return NameOf(port); }));
-        if (!made) throw InputError(c.pointer, "connection " + c.from + " -> " + c.to + ": " + why, c.pos);
+        if (!made) throw InputError(c.pointer, both + why, c.pos);
         m_driver.AddConnection(*made);
         m_connections.push_back(std::move(made));
     }

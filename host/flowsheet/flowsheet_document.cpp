@@ -324,14 +324,19 @@ void ReadConnections(JsonReader& reader, FlowsheetDocument& doc) {
             const bool end = field != &c.name;
             if (m.value.GetKind() != InputValue::Kind::Text || m.value.Text().empty())
                 Wrong(at, end ? "a port as \"BLOCK.PORT\"" : "a connection name", m.value);
-            if (end && m.value.Text().find('.') == std::string::npos)
-                throw InputError(at, "connection end " + m.value.Brief() + " is not BLOCK.PORT", m.value.Pos());
             *field = m.value.Text();
             if (field == &c.from) c.fromPos = m.value.Pos();
             if (field == &c.to) c.toPos = m.value.Pos();
         }
         if (c.from.empty() || c.to.empty())
             throw InputError(c.pointer, std::string("a connection needs \"") + (c.from.empty() ? "from" : "to") + "\"", c.pos);
+        for (const bool to : {false, true}) {
+            const std::string& end = to ? c.to : c.from;
+            if (end.find('.') == std::string::npos)
+                throw InputError(PointerChild(c.pointer, to ? "to" : "from"),
+                                 "connection " + c.from + " -> " + c.to + ": end \"" + VX_BriefText(end) + "\" is not BLOCK.PORT",
+                                 to ? c.toPos : c.fromPos);
+        }
         doc.connections.push_back(std::move(c));
     }
 }

@@ -125,7 +125,7 @@ TEST(FlowsheetReading, UnknownKeysAreErrorsReservedOnesAreNot) {
     EXPECT_EQ(ReadError(R"({"blocks": {"R1": {"type": "A"}}, "connections": [{"from": "R1.OUT"}]})"),
               "/connections/0: a connection needs \"to\"");
     EXPECT_EQ(ReadError(R"({"blocks": {"R1": {"type": "A"}}, "connections": [{"from": "R1.OUT", "to": "R2"}]})"),
-              "/connections/0/to: connection end \"R2\" is not BLOCK.PORT");
+              "/connections/0/to: connection R1.OUT -> R2: end \"R2\" is not BLOCK.PORT");
     EXPECT_EQ(ReadError(R"({"blocks": {"R1": {"type": "A"}}, "connections": [{"from": "A.B", "to": "C.D", "via": 1}]})"),
               "/connections/0/via: unknown key \"via\" in a connection (known keys: from, to, name)");
     EXPECT_EQ(ReadError(R"({"blocks": {"R1": {"type": "A"}}, "connections": {"from": "A.B"}})").substr(0, 13), "/connections:");
