@@ -33,6 +33,15 @@ def cstr(text):
     return "".join(out)
 
 
+def set_object(setref):
+    """The C++ object a set is: what iterators are built from and arrays are sized over."""
+    if setref.kind == "components":
+        return "ComponentList()->v()"
+    if setref.kind == "connections":
+        return f"{setref.prop.name}.Connections()"
+    return setref.prop.name
+
+
 def cdouble(v):
     if v == float("inf"):
         return "std::numeric_limits<double>::infinity()"
@@ -278,14 +287,6 @@ class Emitter:
             return f"{setref.prop.name}.Connections().fv()"
         return f"{setref.prop.name}.fv()"
 
-    def set_object(self, setref):
-        """What a set iterator is built from in set-up code."""
-        if setref.kind == "components":
-            return "ComponentList()->v()"
-        if setref.kind == "connections":
-            return f"{setref.prop.name}.Connections()"
-        return setref.prop.name
-
     def open_loop(self, it, block):
         """A block that runs once per element of it's set; returns (header, child, footer).
         A filtered loop skips the elements its filter refuses and counts those it admits."""
@@ -309,7 +310,7 @@ class Emitter:
         child = Block(block, binds=[it], barrier="loop")
         if self.mode == "setup":
             cls = "VX_IntegerSetIter" if it.elem == "integer" else "VX_StringSetIter"
-            header = f"for ({cls} {self.iter_object(it)}({self.set_object(it.setref)}); {self.iter_object(it)}.Next();) {{"
+            header = f"for ({cls} {self.iter_object(it)}({set_object(it.setref)}); {self.iter_object(it)}.Next();) {{"
             return header, child, "}"
         data = self.set_data(it.setref, block)
         c = it.cname()

@@ -37,22 +37,10 @@ public:
     T* operator->() const { return static_cast<T*>(m_target); }
 };
 
-// A reference to a global structure (the structure lives in the session, one per name).
-class VX_GlobalStructureRefBase : public VX_GlobalBase {};
+// A reference to a global structure (the structure lives in the session, one per name): linked
+// like any other global.
 template <class T>
-class VX_GlobalStructureRef : public VX_GlobalStructureRefBase {
-public:
-    VX_GlobalStructureRef() = default;
-    VX_HRESULT GlobalLink(const char* name) override {
-        std::string why;
-        m_target = VX_Session::Current().template Global<T>(name, &why);
-        if (m_target) return VX_S_OK;
-        VX_Session::Current().ReportFailure(VX_E_WRONGKIND, this, "GlobalLink", why);
-        return VX_E_WRONGKIND;
-    }
-    T& operator*() const { return *static_cast<T*>(m_target); }
-    T* operator->() const { return static_cast<T*>(m_target); }
-};
+using VX_GlobalStructureRef = VX_Global<T>;
 
 class VX_ExternalBase : public VX_Type {
 public:
