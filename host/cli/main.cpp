@@ -28,6 +28,7 @@
 #include "report_json.hpp"
 #include "report_table.hpp"
 #include "types_listing.hpp"
+#include "units_listing.hpp"
 #include "zorexp/session.hpp"
 #include "zorexp/text.hpp"
 
@@ -181,14 +182,19 @@ int main(int argc, char** argv) {
     components->add_option("ID", componentId, "Component id or alias (any case).");
     components->add_flag("--json", json, "Print JSON.");
 
+    std::string quantityName;
+    auto* units = app.add_subcommand("units", "List the quantities and the units values may be written in, or one quantity's factors.");
+    units->add_option("QUANTITY", quantityName, "One quantity (any case), such as Temperature.");
+    units->add_flag("--json", json, "Print JSON.");
+
     if (argc > 1 && argv[1][0] != '-') {
         bool known = false;
-        for (auto* sub : {types, describe, procedures, solve, analyse, check, sweep, script, components})
+        for (auto* sub : {types, describe, procedures, solve, analyse, check, sweep, script, components, units})
             known = known || sub->check_name(argv[1]);
         if (!known) {
             Fail(std::string("unknown command \"") + VX_BriefText(argv[1]) +
-                 "\" (the commands are types, describe, procedures, solve, analyse, check-jacobian, sweep, script and "
-                 "components)");
+                 "\" (the commands are types, describe, procedures, solve, analyse, check-jacobian, sweep, script, "
+                 "components and units)");
             return kExitBadInput;
         }
     }
@@ -231,6 +237,8 @@ int main(int argc, char** argv) {
             Print(json ? ProceduresJson(listing, single).dump(2) + "\n" : ProceduresText(listing, single));
         } else if (components->parsed()) {
             Print(ComponentsReport(componentId, json));
+        } else if (units->parsed()) {
+            Print(UnitsReport(quantityName, json));
         } else if (script->parsed()) {
             Print(ScriptReport(scriptType, scriptName, json));
         } else {
