@@ -145,6 +145,9 @@ int main(int argc, char** argv) {
     zx::flowsheet::SolveCommandOptions solveOptions;
     auto* solve = app.add_subcommand("solve", "Set up, analyse and solve a flowsheet file (steady state).");
     solve->add_option("FLOWSHEET", solveOptions.file, "Flowsheet file (JSON).")->required();
+    solve->add_option("--set", solveOptions.sets, "Set a value after the file's: BLOCK.PATH=VALUE, such as 'C1.T_COOL=300 K' (repeatable).")
+        ->allow_extra_args(false);
+    solve->add_option("--units", solveOptions.units, "Print results in SI, field, or per quantity (Temperature=C,Pressure=psi), combined with commas.");
     solve->add_flag("--json", solveOptions.json, "Print the results as JSON.");
     auto* csv = solve->add_option("--csv", solveOptions.csvFile, "Also write one row per variable to this CSV file (only for a solution).");
     auto* iterations = solve->add_option("--max-iterations", solveOptions.solver.max_iterations, "Newton iteration limit (at least 1).");
@@ -167,6 +170,7 @@ int main(int argc, char** argv) {
     auto* sweep = app.add_subcommand("sweep", "Solve a flowsheet at each value of one fixed variable or real parameter.");
     sweep->add_option("FLOWSHEET", sweepOptions.file, "Flowsheet file (JSON).")->required();
     sweep->add_option("--vary", sweepOptions.vary, "BLOCK.PATH=START:STOP:STEPS (STEPS + 1 evenly spaced values).")->required();
+    sweep->add_option("--set", sweepOptions.sets, "Set a value after the file's: BLOCK.PATH=VALUE (repeatable).")->allow_extra_args(false);
     sweep->add_flag("--json", sweepOptions.json, "Print the points as JSON.");
     auto* sweepCsv = sweep->add_option("--csv", sweepOptions.csvFile, "Also write one row per point to this CSV file.");
     addLimit(sweep);
