@@ -87,11 +87,12 @@ std::string Given(const CLI::Option* option) {
 
 // Solver options that could only mislead are refused before anything is read.
 std::optional<std::string> SolveOptionProblem(const zx::flowsheet::SolveCommandOptions& o, const CLI::Option* tolerance,
-                                              const CLI::Option* iterations, const CLI::Option* csv) {
+                                              const CLI::Option* iterations, const CLI::Option* csv, const CLI::Option* units) {
     if (!std::isfinite(o.solver.tolerance) || o.solver.tolerance <= 0)
         return "--tolerance " + Given(tolerance) + ": the tolerance must be a finite number above 0";
     if (o.solver.max_iterations < 1) return "--max-iterations " + Given(iterations) + ": at least 1 iteration is needed";
     if (csv->count() > 0 && o.csvFile.empty()) return "--csv: give the name of the file to write";
+    if (units->count() > 0 && o.units.empty()) return "--units: give SI, field or QUANTITY=UNIT (zorexp units lists them)";
     return std::nullopt;
 }
 
@@ -147,7 +148,7 @@ int main(int argc, char** argv) {
     solve->add_option("FLOWSHEET", solveOptions.file, "Flowsheet file (JSON).")->required();
     solve->add_option("--set", solveOptions.sets, "Set a value after the file's: BLOCK.PATH=VALUE, such as 'C1.T_COOL=300 K' (repeatable).")
         ->allow_extra_args(false);
-    solve->add_option("--units", solveOptions.units, "Print results in SI, field, or per quantity (Temperature=C,Pressure=psi), combined with commas.");
+    auto* units = solve->add_option("--units", solveOptions.units, "Print results in SI, field, or per quantity (Temperature=C,Pressure=psi), combined with commas.");
     solve->add_flag("--json", solveOptions.json, "Print the results as JSON.");
     auto* csv = solve->add_option("--csv", solveOptions.csvFile, "Also write one row per variable to this CSV file (only for a solution).");
     auto* iterations = solve->add_option("--max-iterations", solveOptions.solver.max_iterations, "Newton iteration limit (at least 1).");
@@ -187,13 +188,13 @@ int main(int argc, char** argv) {
     components->add_flag("--json", json, "Print JSON.");
 
     std::string quantityName;
-    auto* units = app.add_subcommand("units", "List the quantities and the units values may be written in, or one quantity's factors.");
-    units->add_option("QUANTITY", quantityName, "One quantity (any case), such as Temperature.");
-    units->add_flag("--json", json, "Print JSON.");
+    auto* unitsCommand = app.add_subcommand("units", "List the quantities and the units values may be written in, or one quantity's factors.");
+    unitsCommand->add_option("QUANTITY", quantityName, "One quantity (any case), such as Temperature.");
+    unitsCommand->add_flag("--json", json, "Print JSON.");
 
     if (argc > 1 && argv[1][0] != '-') {
         bool known = false;
-        for (auto* sub : {types, describe, procedures, solve, analyse, check, sweep, script, components, units})
+        for (auto* sub : {types, describe, procedures, solve, analyse, check, sweep, script, components, unitsCommand})
             known = known || sub->check_name(argv[1]);
         if (!known) {
             Fail(std::string("unknown command \"") + VX_BriefText(argv[1]) +
@@ -213,7 +214,7 @@ int main(int argc, char** argv) {
         return kExitBadInput;
     }
     if (solve->parsed()) {
-        if (auto problem = SolveOptionProblem(solveOptions, tolerance, iterations, csv)) {
+        if (auto problem = SolveOptionProblem(solveOptions, tolerance, iterations, csv, units)) {
             Fail(*problem);
             return kExitBadInput;
         }
@@ -241,7 +242,7 @@ int main(int argc, char** argv) {
             Print(json ? ProceduresJson(listing, single).dump(2) + "\n" : ProceduresText(listing, single));
         } else if (components->parsed()) {
             Print(ComponentsReport(componentId, json));
-        } else if (units->parsed()) {
+        } else if (unitsCommand->parsed()) {
             Print(UnitsReport(quantityName, json));
         } else if (script->parsed()) {
             Print(ScriptReport(scriptType, scriptName, json));

@@ -32,6 +32,7 @@ OutputUnits OutputUnits::Parse(std::string_view text) {
         const std::size_t comma = std::min(text.find(',', start), text.size());
         const std::string_view item = Trim(text.substr(start, comma - start));
         start = comma + 1;
+        if (item.empty()) Refuse(text, "an item between commas is empty");
         const std::string itemText(item);
         const std::size_t eq = item.find('=');
         if (eq == std::string_view::npos) {

@@ -128,7 +128,8 @@ TEST(UnitConversion, QuantityTextsSplitIntoNumberAndUnit) {
         {"7", true, 7.0, ""},                 {"2.5 kg m2", true, 2.5, "kg m2"},
         {"K", false, 0, ""},                  {"", false, 0, ""},
         {"+-3 K", false, 0, ""},              {"1e999 K", false, 0, ""},
-        {". K", false, 0, ""},
+        {". K", false, 0, ""},                {"inf K", false, 0, ""},
+        {"nan", false, 0, ""},
     };
     for (const Case& c : cases) {
         double value = 0.0;

@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <charconv>
+#include <cmath>
 #include <iterator>
 
 #include "zorexp/parameters.hpp"
@@ -182,7 +183,7 @@ bool SplitQuantity(std::string_view text, double& value, std::string_view& unit)
     // from_chars reads no leading '+'; a sign after it is not a number.
     if (text.size() > 1 && text.front() == '+' && text[1] != '-' && text[1] != '+') text.remove_prefix(1);
     const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (ec != std::errc() || end == text.data()) return false;
+    if (ec != std::errc() || end == text.data() || !std::isfinite(value)) return false;   // "inf K" is no quantity
     unit = text.substr(static_cast<std::size_t>(end - text.data()));
     while (!unit.empty() && blank(unit.front())) unit.remove_prefix(1);
     return true;

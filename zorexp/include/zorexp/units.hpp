@@ -88,7 +88,7 @@ double ToBase(const Measure& m, double value, std::string_view unit);
 double FromBase(const Measure& m, double value, std::string_view unit);
 
 // "300 K", "-12.5e1 °C", "7": the number and the unit after it (blanks around it trimmed,
-// possibly empty). False when the text does not start with a number.
+// possibly empty). False when the text does not start with a finite number.
 bool SplitQuantity(std::string_view text, double& value, std::string_view& unit);
 
 }  // namespace vx_units
