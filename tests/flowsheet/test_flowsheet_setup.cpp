@@ -105,7 +105,7 @@ TEST(FlowsheetSetUp, EachBadValueIsOneErrorAtItsPointer) {
     EXPECT_EQ(InputErrorOf(HeatFluxSheet(2, R"("U": {"value": 1, "spec": "Tight"})")),
               "/blocks/C1/set/U/spec: C1.U spec: expects a spec (Fixed, Free, Initial, RateInitial), got \"Tight\"");
     EXPECT_EQ(InputErrorOf(HeatFluxSheet(2, R"("U": {"value": 1, "units": "W"})")),
-              "/blocks/C1/set/U/units: C1.U: unknown attribute \"units\" (value, spec, lower, upper)");
+              "/blocks/C1/set/U/units: C1.U: unknown attribute \"units\" (value, spec, lower, upper, unit)");
     EXPECT_EQ(InputErrorOf(HeatFluxSheet(2, R"("T_PROCESS": [300, 310])")),
               "/blocks/C1/set/T_PROCESS: C1.T_PROCESS has 3 elements, the list gives 2");
     EXPECT_EQ(InputErrorOf(HeatFluxSheet(2, R"("T_PROCESS": [300, "hot", 320])")),
