@@ -136,8 +136,11 @@ int RunSolve(const SolveCommandOptions& options, const BlockCreator& create, std
             return kExitNotConverged;
         }
     }
+    // A routine that does not know what the file names (a component missing from the database)
+    // fails the first evaluation: that is the file's fault, not the solve's.
+    const bool badInput = !solved && p->sheet->Driver().LastFailure().status == VX_E_ROUTINE_BAD_INPUT;
     p->system.reset();
-    return solved ? kExitOk : kExitNotConverged;
+    return solved ? kExitOk : badInput ? kExitBadInput : kExitNotConverged;
 }
 
 int RunAnalyse(const AnalyseCommandOptions& options, const BlockCreator& create, std::ostream& out, std::ostream& err) {
