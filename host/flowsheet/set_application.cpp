@@ -91,7 +91,8 @@ bool UpperFirst(const VX_VarParam& target, const InputValue& object, std::string
     if (!lower) return false;
     ConversionRefusal ignored;   // a lower bound that does not convert is refused when it is applied
     const std::optional<VX_Value> v = RuntimeValue(target, VX_ATTR_LOWER, *lower, ignored, unit);
-    return v && (v->GetKind() == VX_Value::Real || v->GetKind() == VX_Value::Integer) && v->RealValue() > static_cast<const VX_Variable&>(target).Upper();
+    const bool number = v && (v->GetKind() == VX_Value::Real || v->GetKind() == VX_Value::Integer);
+    return number && v->RealValue() > static_cast<const VX_Variable&>(target).Upper();
 }
 
 void ApplyAt(VX_Type& target, const InputValue& value, const Site& site);
@@ -101,8 +102,8 @@ std::string_view UnitOf(const InputValue& object, const Site& site) {
     const InputValue* unit = object.Find("unit");
     if (!unit) return {};
     if (unit->GetKind() != InputValue::Kind::Text || unit->Text().empty())
-        throw InputError(PointerChild(site.Pointer(), "unit"), site.Name() + ": \"unit\" must be a unit text such as \"K\", not " + unit->Brief(),
-                         unit->Pos());
+        throw InputError(PointerChild(site.Pointer(), "unit"),
+                         site.Name() + ": \"unit\" must be a unit text such as \"K\", not " + unit->Brief(), unit->Pos());
     return unit->Text();
 }
 

@@ -66,12 +66,3 @@ def test_unit_matches_pint(family, reference, unit):
 def test_every_family_names_a_source_for_every_unit():
     assert all(u["source"] for q in QUANTITIES for u in q["units"])
 
-
-def test_temperature_and_its_difference_disagree_only_by_the_offset():
-    temperature = {u["unit"]: u for q in QUANTITIES if q["quantity"] == "Temperature" for u in q["units"]}
-    difference = {u["unit"]: u for q in QUANTITIES if q["quantity"] == "TemperatureDifference" for u in q["units"]}
-    # 10 degrees warmer is 10 degrees of difference, in every unit both accept.
-    for name in temperature.keys() & difference.keys():
-        t, d = temperature[name], difference[name]
-        assert (30 * t["factor"] + t["offset"]) - (20 * t["factor"] + t["offset"]) == pytest.approx(10 * d["factor"])
-        assert d["offset"] == 0
