@@ -18,10 +18,11 @@ EquationSystem::EquationSystem(Flowsheet& flowsheet) : m_flowsheet(&flowsheet) {
     RecordEntries();
 
     // Unknowns: the free variables among the columns.
-    m_columns = flowsheet.Session().Columns();
-    m_unknownOfColumn.assign(m_columns.size(), -1);
-    for (std::size_t c = 0; c < m_columns.size(); ++c) {
-        auto* v = dynamic_cast<VX_Variable*>(m_columns[c]);
+    m_columns = &flowsheet.Session().Columns();
+    const std::vector<VX_VarParam*>& columns = *m_columns;
+    m_unknownOfColumn.assign(columns.size(), -1);
+    for (std::size_t c = 0; c < columns.size(); ++c) {
+        auto* v = dynamic_cast<VX_Variable*>(columns[c]);
         if (v && v->CurrSpec() == VX_SPEC_FREE) {
             m_unknownOfColumn[c] = static_cast<int>(m_unknowns.size());
             m_unknowns.push_back(v);

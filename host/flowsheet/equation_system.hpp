@@ -35,7 +35,8 @@ public:
     // again from the models the first time a diagnosis or a check asks for them.
     const std::vector<int>& EntryRows() const { RecordEntries(); return m_entryRows; }
     const std::vector<int>& EntryColumns() const { RecordEntries(); return m_entryColumns; }
-    const std::vector<VX_VarParam*>& Columns() const { return m_columns; }
+    // The flowsheet session's own numbering, not a copy: it stays as it is while the system lives.
+    const std::vector<VX_VarParam*>& Columns() const { return *m_columns; }
 
     // The unknowns (free variables) and, per column, its unknown or -1.
     const std::vector<VX_Variable*>& Unknowns() const { return m_unknowns; }
@@ -71,7 +72,7 @@ private:
     int m_rows = 0;
     int m_entries = 0;
     mutable std::vector<int> m_entryRows, m_entryColumns;
-    std::vector<VX_VarParam*> m_columns;
+    const std::vector<VX_VarParam*>* m_columns = nullptr;
     std::vector<VX_Variable*> m_unknowns;
     std::vector<int> m_unknownOfColumn;
     zx::solve::TripletPattern m_pattern;
