@@ -195,6 +195,11 @@ void BM_CoolantChainNewton(benchmark::State& state) {
     state.counters["newton_s"] = C(newton_s, C::kAvgIterations);
     state.counters["plain_s"] = C(plain_s, C::kAvgIterations);
     state.counters["ratio"] = plain_s > 0 ? newton_s / plain_s : 0.0;
+    // Where the line search takes more (shorter) steps than the plain loop's full ones, the
+    // equal work is one iteration: time per iteration against time per iteration.
+    state.counters["ratio_per_iteration"] = plain_s > 0 && iterations > 0 && plain_iterations > 0
+                                                ? (newton_s / iterations) / (plain_s / plain_iterations)
+                                                : 0.0;
     state.counters["analyse_s"] = C(analyse_s, C::kAvgIterations);
     state.counters["factor_s"] = C(factor_s, C::kAvgIterations);
     state.counters["lsolve_s"] = C(solve_s, C::kAvgIterations);
