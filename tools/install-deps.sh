@@ -8,4 +8,4 @@ apt-get install -y -qq --no-install-recommends \
   libgtest-dev libgmock-dev libbenchmark-dev \
   libsuitesparse-dev libsundials-dev \
   nlohmann-json3-dev libcli11-dev libfmt-dev \
-  python3 python3-iapws >/dev/null
+  python3 python3-iapws python3-pint python3-pytest >/dev/null
