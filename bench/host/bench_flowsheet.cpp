@@ -5,11 +5,25 @@
 //
 // The block: cell temperatures falling along the tube (fixed), geometry and coolant fixed;
 // unknowns are the cell length DX and the duties Q(1..N).
+//
+// BM_WholeSolveAgainstFloor times whole processes instead: `zorexp solve FILE --json` against a
+// hand-written program that does the same work on the same file (a yardstick kept outside the
+// project), run alternately as child processes; wall time, CPU time and peak resident memory
+// of each, medians over the runs. Environment: ZX_FLOOR (the program), ZX_FLOWSHEET (the file),
+// ZX_ZOREXP (default: zorexp beside this benchmark). Skipped when ZX_FLOOR or ZX_FLOWSHEET is
+// not set.
 #include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <spawn.h>
 #include <suitesparse/klu.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <vector>
 
 #include "flowsheet/equation_system.hpp"
@@ -139,6 +153,72 @@ void BM_CoolantFlowsheet(benchmark::State& state) {
     state.counters["teardown_s"] = C(teardown, C::kAvgIterations);
     state.counters["newton_its"] = iterations;
 }
+
+struct ProcessCost {
+    double wall = 0, cpu = 0, rssMiB = 0;
+};
+
+// Runs argv with its output thrown away; its wall time, user + system time and peak RSS.
+ProcessCost RunProcess(const std::vector<std::string>& argv) {
+    std::vector<char*> args;
+    for (const std::string& a : argv) args.push_back(const_cast<char*>(a.c_str()));
+    args.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+    const auto t0 = Clock::now();
+    pid_t pid = 0;
+    const int spawned = posix_spawn(&pid, args[0], &actions, nullptr, args.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    int status = 0;
+    rusage usage{};
+    if (spawned != 0 || wait4(pid, &status, 0, &usage) != pid || !WIFEXITED(status) || WEXITSTATUS(status) != 0)
+        return ProcessCost{-1, -1, -1};
+    auto seconds = [](const timeval& t) { return static_cast<double>(t.tv_sec) + 1e-6 * static_cast<double>(t.tv_usec); };
+    return ProcessCost{SecondsSince(t0), seconds(usage.ru_utime) + seconds(usage.ru_stime),
+                       static_cast<double>(usage.ru_maxrss) / 1024.0};
+}
+
+double Median(std::vector<double> v) {
+    std::sort(v.begin(), v.end());
+    return v.empty() ? 0.0 : v[v.size() / 2];
+}
+
+void BM_WholeSolveAgainstFloor(benchmark::State& state) {
+    const char* floor = std::getenv("ZX_FLOOR");
+    const char* file = std::getenv("ZX_FLOWSHEET");
+    if (!floor || !file) {
+        state.SkipWithError("set ZX_FLOOR and ZX_FLOWSHEET (see the comment at the top)");
+        return;
+    }
+    const char* given = std::getenv("ZX_ZOREXP");
+    const std::string zorexp =
+        given ? given : (std::filesystem::canonical("/proc/self/exe").parent_path() / "zorexp").string();
+    std::vector<double> wall[2], cpu[2], rss[2];
+    for (auto _ : state) {
+        const ProcessCost costs[2] = {RunProcess({zorexp, "solve", file, "--json"}), RunProcess({floor, file})};
+        if (costs[0].wall < 0 || costs[1].wall < 0) {
+            state.SkipWithError(costs[0].wall < 0 ? "zorexp failed" : "the floor program failed");
+            return;
+        }
+        for (int k = 0; k < 2; ++k) {
+            wall[k].push_back(costs[k].wall);
+            cpu[k].push_back(costs[k].cpu);
+            rss[k].push_back(costs[k].rssMiB);
+        }
+        state.SetIterationTime(costs[0].wall);
+    }
+    state.counters["zorexp_cpu_s"] = Median(cpu[0]);
+    state.counters["floor_cpu_s"] = Median(cpu[1]);
+    state.counters["zorexp_rss_mib"] = Median(rss[0]);
+    state.counters["floor_rss_mib"] = Median(rss[1]);
+    state.counters["cpu_ratio"] = Median(cpu[0]) / Median(cpu[1]);
+    state.counters["wall_ratio"] = Median(wall[0]) / Median(wall[1]);
+    state.counters["rss_ratio"] = Median(rss[0]) / Median(rss[1]);
+}
+
+BENCHMARK(BM_WholeSolveAgainstFloor)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
 
 BENCHMARK(BM_CoolantFlowsheet)->ArgName("cells")->Arg(1000000)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(2);
 

@@ -20,6 +20,7 @@
 #include "describe.hpp"
 #include "errors.hpp"
 #include "flowsheet/flowsheet_commands.hpp"
+#include "heap_reuse.hpp"
 #include "memory_budget.hpp"
 #include "model_library.hpp"
 #include "out_of_memory.hpp"
@@ -110,6 +111,7 @@ int CheckStandardOutput(int status) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    KeepFreedMemoryForReuse();
     InstallOutOfMemoryReserve();
     // A closed pipe is a failed write like any other: reported, not a silent death by signal.
     std::signal(SIGPIPE, SIG_IGN);

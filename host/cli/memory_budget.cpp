@@ -12,7 +12,7 @@
 namespace zorexp_cli {
 namespace {
 
-// A solved flowsheet holds about 300 bytes per array element at its peak (the element, its
+// A solved flowsheet holds about 250 to 300 bytes per array element at its peak (the element, its
 // equations' share of the Jacobian, the factorisation, the solver's vectors); 400 leaves room
 // for what else the process holds.
 constexpr std::size_t kBytesPerElement = 400;

@@ -14,15 +14,15 @@ EquationSystem::EquationSystem(Flowsheet& flowsheet) : m_flowsheet(&flowsheet) {
     VX_ProtocolDriver& driver = flowsheet.Driver();
     if (driver.SetUpEquations() < 0) throw ModelFailure(FailureText());
     m_rows = driver.Rows();
-    m_entryRows.assign(static_cast<std::size_t>(driver.Entries()), -1);
-    m_entryColumns.assign(static_cast<std::size_t>(driver.Entries()), -1);
-    if (driver.JacPattern(m_entryRows.data(), m_entryColumns.data()) < 0) throw ModelFailure(FailureText());
+    m_entries = driver.Entries();
+    RecordEntries();
 
     // Unknowns: the free variables among the columns.
-    m_columns = flowsheet.Session().Columns();
-    m_unknownOfColumn.assign(m_columns.size(), -1);
-    for (std::size_t c = 0; c < m_columns.size(); ++c) {
-        auto* v = dynamic_cast<VX_Variable*>(m_columns[c]);
+    m_columns = &flowsheet.Session().Columns();
+    const std::vector<VX_VarParam*>& columns = *m_columns;
+    m_unknownOfColumn.assign(columns.size(), -1);
+    for (std::size_t c = 0; c < columns.size(); ++c) {
+        auto* v = dynamic_cast<VX_Variable*>(columns[c]);
         if (v && v->CurrSpec() == VX_SPEC_FREE) {
             m_unknownOfColumn[c] = static_cast<int>(m_unknowns.size());
             m_unknowns.push_back(v);
@@ -44,10 +44,28 @@ EquationSystem::EquationSystem(Flowsheet& flowsheet) : m_flowsheet(&flowsheet) {
         m_kept.push_back(static_cast<int>(k));
     }
     m_csc = zx::solve::CscPattern::from_triplets(m_pattern);
+    std::vector<int>().swap(m_entryRows);
+    std::vector<int>().swap(m_entryColumns);
     for (const Block& b : flowsheet.Blocks())
         ForEachVariable(*b.model, [&](VX_Variable& v) {
             if (v.CurrSpec() == VX_SPEC_FREE && v.Column() < 0) m_freeUnused.push_back(&v);
         });
+}
+
+void EquationSystem::RecordEntries() const {
+    if (static_cast<int>(m_entryRows.size()) == m_entries) return;
+    std::vector<int> rows(static_cast<std::size_t>(m_entries), -1), cols(rows.size(), -1);
+    if (m_flowsheet->Driver().JacPattern(rows.data(), cols.data()) < 0) throw ModelFailure(FailureText());
+    m_entryRows = std::move(rows);
+    m_entryColumns = std::move(cols);
+}
+
+void EquationSystem::GatherUnknownCsc(const double* all, double* csc) const {
+    std::fill_n(csc, m_csc.nnz(), 0.0);
+    const int* kept = m_kept.data();
+    const int* slot = m_csc.slot_of_triplet.data();
+    const std::size_t n = m_kept.size();
+    for (std::size_t t = 0; t < n; ++t) csc[slot[t]] += all[kept[t]];
 }
 
 int EquationSystem::BlockOfRow(int row) const {

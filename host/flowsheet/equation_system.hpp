@@ -28,12 +28,15 @@ public:
 
     Flowsheet& Sheet() const { return *m_flowsheet; }
     int Rows() const { return m_rows; }
-    int Entries() const { return static_cast<int>(m_entryRows.size()); }
+    int Entries() const { return m_entries; }
 
-    // Every Jacobian entry in unit order: its row and its column.
-    const std::vector<int>& EntryRows() const { return m_entryRows; }
-    const std::vector<int>& EntryColumns() const { return m_entryColumns; }
-    const std::vector<VX_VarParam*>& Columns() const { return m_columns; }
+    // Every Jacobian entry in unit order: its row and its column. Two numbers per entry of the
+    // whole system, fixed columns included, are not kept through the solve: they are recorded
+    // again from the models the first time a diagnosis or a check asks for them.
+    const std::vector<int>& EntryRows() const { RecordEntries(); return m_entryRows; }
+    const std::vector<int>& EntryColumns() const { RecordEntries(); return m_entryColumns; }
+    // The flowsheet session's own numbering, not a copy: it stays as it is while the system lives.
+    const std::vector<VX_VarParam*>& Columns() const { return *m_columns; }
 
     // The unknowns (free variables) and, per column, its unknown or -1.
     const std::vector<VX_Variable*>& Unknowns() const { return m_unknowns; }
@@ -44,6 +47,9 @@ public:
     // The same pattern compressed once, shared by the analysis and the solver.
     const zx::solve::CscPattern& UnknownCsc() const { return m_csc; }
     const std::vector<int>& KeptEntries() const { return m_kept; }
+    // The solver's Jacobian values from a whole-system evaluation (all, Entries() values):
+    // each kept entry added into its slot of UnknownCsc() (csc, nnz() values, set here).
+    void GatherUnknownCsc(const double* all, double* csc) const;
     // Free variables that appear in no equation: not unknowns, listed for the user.
     const std::vector<VX_Variable*>& FreeUnused() const { return m_freeUnused; }
 
@@ -60,10 +66,13 @@ public:
     std::string FailureText() const;
 
 private:
+    void RecordEntries() const;
+
     Flowsheet* m_flowsheet;
     int m_rows = 0;
-    std::vector<int> m_entryRows, m_entryColumns;
-    std::vector<VX_VarParam*> m_columns;
+    int m_entries = 0;
+    mutable std::vector<int> m_entryRows, m_entryColumns;
+    const std::vector<VX_VarParam*>* m_columns = nullptr;
     std::vector<VX_Variable*> m_unknowns;
     std::vector<int> m_unknownOfColumn;
     zx::solve::TripletPattern m_pattern;

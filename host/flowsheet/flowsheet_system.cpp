@@ -29,6 +29,13 @@ bool FlowsheetSystem::jacobian(const double* x, double* values) {
     return true;
 }
 
+bool FlowsheetSystem::jacobian_compressed(const double* x, double* csc_values) {
+    Place(x);
+    if (!m_equations->EvaluateJacobian(m_allEntries.data())) return false;
+    m_equations->GatherUnknownCsc(m_allEntries.data(), csc_values);
+    return true;
+}
+
 std::vector<double> FlowsheetSystem::Values() const {
     std::vector<double> x;
     x.reserve(m_equations->Unknowns().size());

@@ -19,6 +19,8 @@ public:
     // False when a unit reports a failure; failure() names the unit, the operation and why.
     bool residuals(const double* x, double* r) override;
     bool jacobian(const double* x, double* values) override;
+    bool writes_compressed() const override { return true; }
+    bool jacobian_compressed(const double* x, double* csc_values) override;
     std::string failure() const override { return m_equations->FailureText(); }
 
     // The unknowns' current values and bounds.
@@ -30,7 +32,8 @@ public:
 
 private:
     const EquationSystem* m_equations;
-    std::vector<double> m_allEntries;   // every entry of the system, fixed columns included
+    std::vector<double> m_allEntries;   // every entry of the system, fixed columns included,
+                                        // in the order the models write them
 };
 
 }  // namespace zx::flowsheet

@@ -2,10 +2,19 @@
 
 #include <suitesparse/klu.h>
 
+#include <new>
 #include <stdexcept>
 #include <string>
 
 namespace zx::solve {
+
+namespace {
+// KLU answers a failed allocation with a status; the host stops on std::bad_alloc as it does for
+// its own allocations, rather than calling the solve a failure with a half-written result.
+void ThrowIfOutOfMemory(const klu_common& common) {
+    if (common.status == KLU_OUT_OF_MEMORY) throw std::bad_alloc();
+}
+}  // namespace
 
 struct KluFactorization::State {
     const CscPattern& pattern;
@@ -36,6 +45,7 @@ struct KluFactorization::State {
         numeric = klu_factor(ap(), ai(), ax, symbolic, &common);
         ++fresh;
         if (!numeric) {
+            ThrowIfOutOfMemory(common);
             if (common.status == KLU_SINGULAR) {
                 singular_column = common.singular_col < pattern.n_cols ? common.singular_col : -1;
                 return Outcome::Singular;
@@ -72,7 +82,10 @@ KluFactorization::Outcome KluFactorization::analyse() {
     if (s_->numeric) klu_free_numeric(&s_->numeric, &s_->common);
     if (s_->symbolic) klu_free_symbolic(&s_->symbolic, &s_->common);
     s_->symbolic = klu_analyze(s_->pattern.n_cols, s_->ap(), s_->ai(), &s_->common);
-    if (!s_->symbolic) return Outcome::Failed;
+    if (!s_->symbolic) {
+        ThrowIfOutOfMemory(s_->common);
+        return Outcome::Failed;
+    }
     return s_->common.structural_rank < s_->pattern.n_cols ? Outcome::Singular : Outcome::Ok;
 }
 

@@ -30,6 +30,7 @@ public:
     void set_thresholds(double refactor_rcond_drop, double singular_rcond);
 
     // Orders the pattern. Singular if its structural rank is below n.
+    // Both throw std::bad_alloc when KLU runs out of memory.
     Outcome analyse();
     // Factorises values given in the pattern's compressed-column order.
     Outcome factor(const double* values);

@@ -129,6 +129,8 @@ private:
     void record(int iteration, double norm, double step, double damping);
     void factor_failure(KluFactorization::Outcome outcome, int k);
     bool line_search(int k, const StepLimit& limit, double f0);
+    bool evaluate_jacobian();
+    int first_non_finite_entry() const;
 
     SparseSystem& sys_;
     std::vector<double>& x_;
@@ -144,6 +146,7 @@ private:
     std::unique_ptr<KluFactorization> lu_;  // refers to csc_
     int n_ = 0;
     bool have_scales_ = false;
+    bool direct_ = false;              // the system writes into csc_values_ itself
     double last_step_norm_ = 0.0;
     double last_damping_ = 0.0;
     std::vector<double> r_, r_trial_, x_trial_, scale_, step_, triplet_values_, csc_values_;
@@ -177,6 +180,22 @@ void NewtonRun::finish(SolveStatus status, std::string detail) {
         res_.message += " equation " + std::to_string(i) + " = " + fmt(v) + ",";
     }
     res_.message.pop_back();
+}
+
+bool NewtonRun::evaluate_jacobian() {
+    return direct_ ? sys_.jacobian_compressed(x_.data(), csc_values_.data())
+                   : sys_.jacobian(x_.data(), triplet_values_.data());
+}
+
+// The first entry, in the system's triplet order, whose value is not finite (-1: none). Written
+// straight into the compressed slots, an entry is judged by its slot's sum.
+int NewtonRun::first_non_finite_entry() const {
+    if (!direct_) return first_non_finite(triplet_values_.data(), csc_->n_triplets());
+    if (first_non_finite(csc_values_.data(), csc_->nnz()) < 0) return -1;
+    const int* slot = csc_->slot_of_triplet.data();
+    for (int e = 0; e < csc_->n_triplets(); ++e)
+        if (!std::isfinite(csc_values_[static_cast<std::size_t>(slot[e])])) return e;
+    return -1;
 }
 
 void NewtonRun::factor_failure(KluFactorization::Outcome outcome, int k) {
@@ -284,7 +303,8 @@ void NewtonRun::iterate() {
     x_trial_.assign(n_, 0.0);
     scale_.assign(n_, 1.0);
     step_.assign(n_, 0.0);
-    triplet_values_.assign(csc_->n_triplets(), 0.0);
+    direct_ = sys_.writes_compressed() && csc_ == sys_.compressed_pattern();
+    if (!direct_) triplet_values_.assign(csc_->n_triplets(), 0.0);
     csc_values_.assign(csc_->nnz(), 0.0);
     for (int i = 0; i < n_; ++i) x_[i] = std::clamp(x_[i], lower_[i], upper_[i]);
 
@@ -319,14 +339,15 @@ void NewtonRun::iterate() {
 
     for (int k = 0;; ++k) {
         ++res_.jacobian_evaluations;
-        if (!sys_.jacobian(x_.data(), triplet_values_.data())) return finish(SolveStatus::ModelFailure, sys_.failure());
-        if (const int e = first_non_finite(triplet_values_.data(), csc_->n_triplets()); e >= 0) {
+        if (!evaluate_jacobian()) return finish(SolveStatus::ModelFailure, sys_.failure());
+        if (const int e = first_non_finite_entry(); e >= 0) {
+            const double value = direct_ ? csc_values_[csc_->slot_of_triplet[e]] : triplet_values_[e];
             return finish(SolveStatus::NonFiniteJacobian,
                           "entry " + std::to_string(e) + " (equation " + std::to_string(tp.rows[e]) +
-                              ", unknown " + std::to_string(tp.cols[e]) + ") is " +
-                              fmt(triplet_values_[e]) + " in iteration " + std::to_string(k + 1));
+                              ", unknown " + std::to_string(tp.cols[e]) + ") is " + fmt(value) +
+                              " in iteration " + std::to_string(k + 1));
         }
-        csc_->scatter(triplet_values_.data(), csc_values_.data());
+        if (!direct_) csc_->scatter(triplet_values_.data(), csc_values_.data());
         row_scales(*csc_, csc_values_.data(), scale_.data());
         have_scales_ = true;
 

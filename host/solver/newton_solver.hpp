@@ -43,6 +43,10 @@ public:
     // The pattern already compressed, when the caller has it (it must be built from
     // pattern()); null makes the solver compress it itself.
     virtual const CscPattern* compressed_pattern() const { return nullptr; }
+    // Systems that bring a compressed pattern may write their Jacobian straight into its value
+    // slots (entries that share a slot summed); the solver then keeps no values in triplet order.
+    virtual bool writes_compressed() const { return false; }
+    virtual bool jacobian_compressed(const double* /*x*/, double* /*csc_values*/) { return false; }
 };
 
 enum class SolveStatus {

@@ -33,6 +33,24 @@ T& BlockNamed(Flowsheet& f, const std::string& name) {
     throw std::logic_error("no block " + name);
 }
 
+// The whole system's entries are not kept through the solve; recorded again afterwards (blocks
+// and a connection, several units), they are the ones the solver's pattern was taken from.
+TEST(Connections, EntriesRecordedAgainAfterTheSolveAreThoseTheSolverUsed) {
+    const Solved s = Solve(Sheet({Block("S", "TESTSOURCE"), Block("K", "TESTSINK")}, {{"S.OUT", "K.IN", "", "", {}, {}, {}}}));
+    ASSERT_EQ(s.result.status, zx::solve::SolveStatus::Converged) << s.result.message;
+    const EquationSystem& e = *s.system;
+    ASSERT_EQ(e.EntryRows().size(), static_cast<std::size_t>(e.Entries()));
+    ASSERT_EQ(e.EntryColumns().size(), static_cast<std::size_t>(e.Entries()));
+    const auto& pattern = e.UnknownPattern();
+    ASSERT_EQ(e.KeptEntries().size(), pattern.rows.size());
+    ASSERT_LT(e.KeptEntries().size(), static_cast<std::size_t>(e.Entries()));   // fixed columns were left out
+    for (std::size_t t = 0; t < e.KeptEntries().size(); ++t) {
+        const auto k = static_cast<std::size_t>(e.KeptEntries()[t]);
+        EXPECT_EQ(e.EntryRows()[k], pattern.rows[t]);
+        EXPECT_EQ(e.UnknownOfColumn()[static_cast<std::size_t>(e.EntryColumns()[k])], pattern.cols[t]);
+    }
+}
+
 TEST(Connections, JoinedBlocksSolveAsOneAndEachAloneGivesTheSameAnswer) {
     const Solved s = Solve(Sheet({Block("S", "TESTSOURCE"), Block("K", "TESTSINK")}, {{"S.OUT", "K.IN", "", "", {}, {}, {}}}));
     ASSERT_EQ(s.result.status, zx::solve::SolveStatus::Converged) << s.result.message;

@@ -129,6 +129,33 @@ TEST(BadInput, RunningOutOfMemoryEndsWithOneLineAndNoFile) {
     EXPECT_TRUE(r.out.empty());
     EXPECT_FALSE(std::ifstream(csv).good());
 }
+
+// Whichever allocation fails (the elements, the equations, the ordering or factorisation inside
+// the linear solver, the output), the run either succeeds or stops with the one line, never
+// with a solve called failed and its results written.
+TEST(BadInput, EveryLimitOfMemoryEitherSolvesOrEndsWithOneLine) {
+    std::string cells = "[";
+    for (int i = 0; i < 300000; ++i) cells += (i ? ", " : "") + std::to_string(300 + i % 97);
+    cells += "]";
+    ScratchFile sheet("limits.json", R"({"globals": {"PI": 3.14}, "blocks": {"COOLER": {"type": "RPLUG_TCOOL", "set": {"NPTS": 300000,
+        "T_CELL0": {"value": 400, "spec": "Fixed"}, "T_CELL": {"value": )" + cells + R"(, "spec": "Fixed"},
+        "DIAM": {"value": 0.05, "spec": "Fixed"}, "NTUBE": {"value": 500, "spec": "Fixed"}, "L": {"value": 12, "spec": "Fixed"}}}}})");
+    for (int limit = 100000; limit <= 250000; limit += 25000) {
+        const CommandResult r = RunHost("solve " + sheet.Path() + " --json --no-log --max-unknowns 100000000",
+                                        "ulimit -v " + std::to_string(limit) + "; ");
+        if (r.status == 0) {
+            EXPECT_NE(r.out.find("\"converged\""), std::string::npos) << limit;
+            continue;
+        }
+        EXPECT_EQ(r.status, 1) << limit << ": " << r.err;
+        // The structure line comes before the solve; the message is the one line after it.
+        const std::size_t message = r.err.find("zorexp: out of memory");
+        ASSERT_NE(message, std::string::npos) << limit << ": " << r.err;
+        EXPECT_EQ(r.err.find('\n', message), r.err.size() - 1) << limit << ": " << r.err;
+        EXPECT_EQ(r.err.find("not converged"), std::string::npos) << limit << ": " << r.err;
+        EXPECT_TRUE(r.out.empty()) << limit;
+    }
+}
 #endif
 
 }  // namespace

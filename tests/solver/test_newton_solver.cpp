@@ -281,3 +281,56 @@ TEST(BoundedStep, DropsOutwardComponentsAtBoundsAndIgnoresInfiniteBounds) {
     EXPECT_EQ(lim.limiting_index, 2);
     EXPECT_DOUBLE_EQ(lim.fraction, 0.995 * 0.5);
 }
+
+namespace {
+// The same functions, with the Jacobian written straight into the compressed slots; its pattern
+// repeats an entry (row 0, column 0 twice), whose values are to be summed.
+class CompressedSystem : public SparseSystem {
+public:
+    CompressedSystem(TripletPattern p, FnSystem::Fn r, FnSystem::Fn j)
+        : p_(std::move(p)), csc_(CscPattern::from_triplets(p_)), r_(std::move(r)), j_(std::move(j)),
+          triplets_(p_.rows.size()) {}
+    const TripletPattern& pattern() const override { return p_; }
+    const CscPattern* compressed_pattern() const override { return &csc_; }
+    bool residuals(const double* x, double* r) override { r_(x, r); return true; }
+    bool jacobian(const double*, double*) override { ADD_FAILURE() << "triplet values asked for"; return false; }
+    bool writes_compressed() const override { return true; }
+    bool jacobian_compressed(const double* x, double* v) override {
+        j_(x, triplets_.data());
+        csc_.scatter(triplets_.data(), v);
+        return true;
+    }
+
+private:
+    TripletPattern p_;
+    CscPattern csc_;
+    FnSystem::Fn r_, j_;
+    std::vector<double> triplets_;
+};
+
+// x^2 + y^2 = 4 (its d/dx written as x + x), x = y.
+CompressedSystem compressed_circle(double (*dfdx_half)(double)) {
+    return CompressedSystem({2, 2, {0, 0, 0, 1, 1}, {0, 1, 0, 0, 1}},
+                            [](const double* x, double* r) { r[0] = x[0] * x[0] + x[1] * x[1] - 4, r[1] = x[0] - x[1]; },
+                            [dfdx_half](const double* x, double* v) {
+                                v[0] = dfdx_half(x[0]), v[1] = 2 * x[1], v[2] = dfdx_half(x[0]), v[3] = 1, v[4] = -1;
+                            });
+}
+}  // namespace
+
+TEST(NewtonSolver, JacobianWrittenIntoCompressedSlotsSolvesAsTripletsDo) {
+    FnSystem t = circle_and_line();
+    CompressedSystem c = compressed_circle([](double x) { return x; });
+    std::vector<double> xt{1.0, 0.5}, xc{1.0, 0.5};
+    const SolveResult rt = run(t, xt), rc = run(c, xc);
+    ASSERT_EQ(rc.status, Status::Converged) << rc.message;
+    EXPECT_EQ(rc.iterations, rt.iterations);
+    EXPECT_EQ(xc, xt);
+
+    // A value that is not finite is named by its first entry in the system's own order.
+    CompressedSystem bad = compressed_circle([](double x) { return x > 0.9 ? std::nan("") : x; });
+    xc = {1.0, 0.5};
+    const SolveResult rb = run(bad, xc);
+    EXPECT_EQ(rb.status, Status::NonFiniteJacobian);
+    EXPECT_NE(rb.message.find("entry 0 (equation 0, unknown 0) is nan"), std::string::npos) << rb.message;
+}

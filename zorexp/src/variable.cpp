@@ -6,6 +6,10 @@
 
 namespace d = vx_defaults;
 
+// Arrays hold one variable object per element; the small-object pool rounds sizes up to 16
+// bytes, so one more field would cost every element 16 bytes.
+static_assert(sizeof(VX_REALVARIABLE) <= 80, "a variable outgrew its 80-byte pool class");
+
 int VX_Variable::VX_PQCol() const { return d::kPQCol; }
 int VX_Variable::VX_PQRow() const { return d::kPQRow; }
 

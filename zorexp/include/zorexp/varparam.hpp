@@ -122,13 +122,15 @@ protected:
 
     static constexpr std::uint8_t kHasExtras = 1;
 
+    // Packed without holes (48 bytes with the base), so that a variable takes 80 bytes: every
+    // element of an array of variables is one of these objects.
     Kind m_kind;
     std::uint8_t m_flags = 0;
     std::int8_t m_spec = VX_SPEC_FREE;  // used by variables
     std::uint8_t m_attrFlags = 0;       // RECORD, ISMATCHED, ISCONNECTED, one bit each
     std::uint16_t m_sources = 0;        // 2 bits per attribute: VX_Source
-    std::int32_t m_column = -1;         // solver column of a real variable or parameter, -1 until numbered
     std::int16_t m_levels[VX_ATTR_COUNT] = {};
+    std::int32_t m_column = -1;         // solver column of a real variable or parameter, -1 until numbered
 
     friend class VX_VarParamProp;
 };
