@@ -213,6 +213,21 @@ class Flowsheet:
             self._record(doc, block, sub, value)
             self._rebuild(doc, f"{path} = {brief(value)}")
 
+    def _as_applied(self, path, value):
+        """What a real value became, in base units, for the document: a value given with a unit
+        is kept as the number the flowsheet holds, so that later changes combine with it."""
+        given = value if is_attribute_object(value) else {"value": value}
+        out = {}
+        for attr in given:
+            if attr == "value":
+                values = self._live.values(path)
+                out["value"] = float(values) if values.ndim == 0 else np.array(values)
+            elif attr in ("lower", "upper"):
+                out[attr] = self._live.attribute(path, attr)
+            elif attr == "spec":
+                out["spec"] = given["spec"]
+        return out if is_attribute_object(value) else out["value"]
+
     def get(self, path, attribute):
         """One attribute of a property: "lower", "upper", "spec", "unit" or "quantity"."""
         _split(path)

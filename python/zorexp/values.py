@@ -7,7 +7,7 @@ import numpy as np
 
 from ._zorexp import InputError
 
-ATTRIBUTES = ("value", "spec", "lower", "upper")
+ATTRIBUTES = ("value", "spec", "lower", "upper", "unit")
 REAL_KINDS = ("real_variable", "real_parameter")
 
 
@@ -52,8 +52,19 @@ def real_values(path, value, size):
     return array
 
 
+def with_unit(value):
+    """(300, "K") and a pint quantity as the file's attribute object {"value": 300, "unit": "K"};
+    the host converts the value to the base unit of its type."""
+    if isinstance(value, tuple) and len(value) == 2 and isinstance(value[1], str):
+        return {"value": value[0], "unit": value[1]}
+    if hasattr(value, "magnitude") and hasattr(value, "units") and not isinstance(value, np.ndarray):
+        return {"value": value.magnitude, "unit": format(value.units, "~")}
+    return value
+
+
 def checked(path, value, kind, size):
     """The value as the flowsheet file would hold it, checked where Python can check it."""
+    value = with_unit(value)
     if is_attribute_object(value):
         out = dict(value)
         if "value" in out and kind in REAL_KINDS:

@@ -102,9 +102,10 @@ TEST(Sweep, CasesOfSeveralPropertiesGiveTheSameSolutionFromEitherStart) {
     const std::vector<double> solved = engine.LastConverged();
     const SweepPoint cold = engine.SolveCase({0.7, 0.1}, options, SweepEngine::Start::Initial);
     ASSERT_TRUE(a.converged && warm.converged && cold.converged) << a.failure << warm.failure << cold.failure;
-    EXPECT_NEAR(warm.values[flux], cold.values[flux], 1e-9 * cold.values[flux]);
+    // Equal within what the solver's tolerance leaves between different starts.
+    EXPECT_NEAR(warm.values[flux], cold.values[flux], 1e-6 * cold.values[flux]);
     engine.SetStart(solved);
-    EXPECT_NEAR(engine.SolveCase({0.3, 0.2}, options).values[flux], a.values[flux], 1e-9 * a.values[flux]);
+    EXPECT_NEAR(engine.SolveCase({0.3, 0.2}, options).values[flux], a.values[flux], 1e-6 * a.values[flux]);
     EXPECT_LT(cold.values[flux], a.values[flux]);   // half the area, a higher outlet pressure
     try {
         SweepEngine refused(*sheet.system, {"V1.ETA", "V1.FLUX"}, "sweep");
