@@ -87,13 +87,13 @@ VX_Type& LiveSheet::Resolve(const std::string& path) {
                      (names.empty() ? " (it has no blocks)" : " (its blocks: " + names + ")"));
 }
 
-void LiveSheet::Apply(const std::string& path, const std::string& valueJson) {
+void LiveSheet::Apply(const std::string& path, const zx::flowsheet::InputValue& value) {
     SessionScope scope(*this);
     VX_Type& target = Resolve(path);
     const auto dot = path.find('.');
     const std::string pointer = "/blocks/" + path.substr(0, dot) + "/set/" + (dot == std::string::npos ? "" : path.substr(dot + 1));
     try {
-        zx::flowsheet::ApplyValue(target, zx::flowsheet::InputValue::Parse(valueJson), pointer, path);
+        zx::flowsheet::ApplyValue(target, value, pointer, path);
     } catch (const zx::flowsheet::InputError& e) {
         // The message names the property and the value; the value's place in a text made by the
         // package means nothing to the user.

@@ -9,6 +9,7 @@
 
 #include "flowsheet/equation_system.hpp"
 #include "flowsheet/flowsheet.hpp"
+#include "flowsheet/input_value.hpp"
 #include "flowsheet/sweep.hpp"
 #include "solver/newton_solver.hpp"
 
@@ -30,9 +31,9 @@ public:
 
     // The property "BLOCK.PATH" names (globals dereferenced); InputFault naming the path.
     VX_Type& Resolve(const std::string& path);
-    // Applies a value given as flowsheet-file JSON to the property, through the same code that
-    // applies a file's values.
-    void Apply(const std::string& path, const std::string& valueJson);
+    // Applies a value (read from flowsheet-file JSON, or a list of numbers made in code) to the
+    // property, through the same code that applies a file's values.
+    void Apply(const std::string& path, const zx::flowsheet::InputValue& value);
 
     // The system of equations, gathered on first use.
     zx::flowsheet::EquationSystem& System();

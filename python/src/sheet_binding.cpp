@@ -83,7 +83,15 @@ void BindSheet(py::module_& m) {
             SessionScope scope(s);
             return IndexTextsOf(s.Resolve(path));
         }, py::arg("path"))
-        .def("apply", &LiveSheet::Apply, py::arg("path"), py::arg("value_json"))
+        .def("apply", [](LiveSheet& s, const std::string& path, const std::string& valueJson) {
+            s.Apply(path, Translated(s.Source(), [&] { return zx::flowsheet::InputValue::Parse(valueJson); }));
+        }, py::arg("path"), py::arg("value_json"), "Applies a value written as in a flowsheet file.")
+        .def("apply_numbers", [](LiveSheet& s, const std::string& path,
+                                 py::array_t<double, py::array::c_style | py::array::forcecast> numbers) {
+            if (numbers.ndim() != 1) throw InputFault(path + ": give a list of numbers, one per element");
+            s.Apply(path, zx::flowsheet::InputValue::MakeNumberList(
+                              std::vector<double>(numbers.data(), numbers.data() + numbers.size())));
+        }, py::arg("path"), py::arg("numbers"), "Applies one number per element, in set order.")
         .def("analyse", &LiveSheet::AnalyseJson)
         .def("solve", [](LiveSheet& s, int maxIterations, double tolerance) {
             return SolveResultDict(s.Solve(Options(maxIterations, tolerance)));

@@ -33,15 +33,30 @@ def _worker_state(study, doc_json, source):
     state = _studies.get(study)
     if state is None:
         _studies.clear()         # one study at a time per worker: the previous flowsheet goes
-        state = _studies[study] = {"sheet": _zorexp.Sheet(doc_json, source), "points": [], "unknowns": []}
+        state = _studies[study] = {"sheet": _zorexp.Sheet(doc_json, source), "points": None, "unknowns": []}
     return state
 
 
 def _nearest(state, point, scale):
-    if not state["points"]:
+    """The unknowns of the solved case nearest to point, measured across each varied range."""
+    n = len(state["unknowns"])
+    if n == 0:
         return None
-    distance = np.sum(((np.asarray(state["points"]) - point) / scale) ** 2, axis=1)
+    distance = np.sum(((state["points"][:n] - point) / scale) ** 2, axis=1)
     return state["unknowns"][int(np.argmin(distance))]
+
+
+def _remember(state, point, unknowns):
+    n = len(state["unknowns"])
+    if n >= _NEIGHBOURS_KEPT:
+        return
+    if state["points"] is None or n == len(state["points"]):
+        grown = np.empty((max(16, 2 * n), point.size))
+        if n:
+            grown[:n] = state["points"][:n]
+        state["points"] = grown
+    state["points"][n] = point
+    state["unknowns"].append(unknowns)
 
 
 def _solve_cases(study, doc_json, source, paths, outputs, cases, scale, options, case_hook=None):
@@ -65,9 +80,7 @@ def _solve_cases(study, doc_json, source, paths, outputs, cases, scale, options,
         row = None
         if r["converged"]:
             row = [np.array(sheet.values(p), dtype=float) for p in outputs]
-            if len(state["points"]) < _NEIGHBOURS_KEPT:
-                state["points"].append(point)
-                state["unknowns"].append(r["unknowns"])
+            _remember(state, point, r["unknowns"])
         done.append((index, r["status"], r["converged"], r["iterations"], r["message"], row))
     return done
 
@@ -88,7 +101,9 @@ def _local_client(workers):
     from distributed import Client, LocalCluster
     _close_default()
     # A task whose worker dies is not retried by the scheduler: the sweep retries its cases itself.
-    with dask.config.set({"distributed.scheduler.allowed-failures": 0, "distributed.worker.daemon": False}):
+    # The statistical profiler samples the solving thread every 10 ms; the cases do not need it.
+    with dask.config.set({"distributed.scheduler.allowed-failures": 0, "distributed.worker.daemon": False,
+                          "distributed.worker.profile.enabled": False}):
         cluster = LocalCluster(n_workers=n, threads_per_worker=1, processes=True, dashboard_address=None)
         _default_client = Client(cluster)
     return _default_client
@@ -186,8 +201,10 @@ def sweep(fs, variables, outputs=(), scheduler=None, workers=None, max_iteration
     else:
         client = scheduler
     n_workers = max(1, len(client.scheduler_info()["workers"]))
-    # A few contiguous chunks per worker: neighbouring cases share a worker and its warm starts.
-    size = max(1, math.ceil(len(indexed) / (n_workers * 4)))
+    # Two contiguous chunks per worker: neighbouring cases share a worker and its warm starts, and
+    # few tasks keep Dask's own cost per task small against cases that solve in a fraction of a
+    # millisecond.
+    size = max(1, math.ceil(len(indexed) / (n_workers * 2)))
     chunks = [indexed[k:k + size] for k in range(0, len(indexed), size)]
     futures = [client.submit(_solve_cases, study, doc_json, source, paths, outputs, chunk, scale, options, case_hook,
                              pure=False) for chunk in chunks]

@@ -206,7 +206,10 @@ class Flowsheet:
         real = kind in REAL_KINDS or (kind == "array" and element_kind in REAL_KINDS)
         value = checked(path, value, element_kind if kind == "array" else kind, size if kind == "array" else None)
         if real:
-            self._live.apply(path, to_json(value))
+            if isinstance(value, np.ndarray):
+                self._live.apply_numbers(path, value)     # no detour through text for an array's values
+            else:
+                self._live.apply(path, to_json(value))
             self._record(self._doc, block, sub, value)
         else:
             doc = copy.deepcopy(self._doc)
