@@ -214,12 +214,14 @@ def sweep(fs, variables, outputs=(), scheduler=None, workers=None, max_iteration
             rows.extend(future.result())
         except Exception:  # noqa: BLE001 - a worker died or the task could not run: retried below
             retry.extend(chunk)
-    singles = [client.submit(_solve_cases, study, doc_json, source, paths, outputs, [case], scale, options, case_hook,
-                             pure=False) for case in retry]
-    for (index, _), future in zip(retry, singles):
+    # Each case of a lost chunk is tried once more on its own, one at a time, so that a worker
+    # that dies again takes no other case with it.
+    for case in retry:
+        future = client.submit(_solve_cases, study, doc_json, source, paths, outputs, [case], scale, options, case_hook,
+                               pure=False)
         try:
             rows.extend(future.result())
         except Exception as e:  # noqa: BLE001 - the case failed twice: recorded, the study goes on
-            rows.append((index, "failed", False, 0, f"the worker solving this case failed twice: {type(e).__name__}: {e}",
-                         None))
+            rows.append((case[0], "failed", False, 0,
+                         f"the worker solving this case failed twice: {type(e).__name__}: {e}", None))
     return _table(paths, outputs, shapes, cases, rows, table)
