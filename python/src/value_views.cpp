@@ -1,7 +1,6 @@
 #include "value_views.hpp"
 
 #include <cmath>
-#include <cstdlib>
 
 #include "python_errors.hpp"
 #include "zorexp/zorexp.hpp"
@@ -132,13 +131,12 @@ py::object AttributeOf(VX_Type& target, const std::string& name) {
 py::object PlainValueOf(VX_Type& target) {
     VX_VarParam* v = AsValue(&target);
     if (!v) return py::none();
-    const std::string text = v->ValueText();
     switch (v->GetKind()) {
-        case VX_VarParam::IntegerParameter: return py::int_(std::strtol(text.c_str(), nullptr, 10));
-        case VX_VarParam::LogicalParameter: return py::bool_(text == "true" || text == "True" || text == "TRUE" || text == "1");
+        case VX_VarParam::IntegerParameter: return py::int_(static_cast<VX_INTEGERPARAMETER&>(*v).fv());
+        case VX_VarParam::LogicalParameter: return py::bool_(static_cast<VX_LOGICALPARAMETER&>(*v).fv());
         case VX_VarParam::RealVariable:
         case VX_VarParam::RealParameter: return py::float_(*v->RealSlot());
-        default: return py::str(text);
+        default: return py::str(v->ValueText());   // texts, and sets as their text ("1..5", "A B")
     }
 }
 

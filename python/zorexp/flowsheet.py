@@ -193,8 +193,8 @@ class Flowsheet:
             view._origin = (self._sheet, path)
             return view
         if kind == "container" or kind == "array":
-            raise InputError(f"{path} is {'an array of ' + (info['element_kind'] or 'nothing yet') if kind == 'array' else 'a ' + info['type']}:"
-                             " name one of its values")
+            what = f"an array of {info['element_kind'] or 'nothing yet'}" if kind == "array" else f"a {info['type']}"
+            raise InputError(f"{path} is {what}: name one of its values")
         return self._live.plain_value(path)
 
     def __setitem__(self, path, value):
@@ -210,7 +210,7 @@ class Flowsheet:
                 self._live.apply_numbers(path, value)     # no detour through text for an array's values
             else:
                 self._live.apply(path, to_json(value))
-            self._record(self._doc, block, sub, value)
+            self._record(self._doc, block, sub, self._as_applied(path, value))
         else:
             doc = copy.deepcopy(self._doc)
             self._record(doc, block, sub, value)
