@@ -72,7 +72,7 @@ Mixture MakeMixture(const ComponentDatabase& db, const std::vector<std::string>&
         try {
             index = db.Require(id);
         } catch (const DatabaseError& e) {
-            throw PropertyError(e.what());
+            throw UnknownComponentError(e.what());
         }
         if (Position(m, index) != ComponentDatabase::npos)
             throw PropertyError(fmt::format("component \"{}\" is in the list twice", id));

@@ -19,6 +19,10 @@ inline constexpr const char* kInteractionOption = "PR-KIJ";
 struct PropertyError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
+// A mixture names a component the database does not have.
+struct UnknownComponentError : PropertyError {
+    using PropertyError::PropertyError;
+};
 
 // "IDEAL" or "PENG-ROBINSON", any case; anything else is a PropertyError naming the valid values.
 Method ParseMethod(std::string_view text);

@@ -32,6 +32,7 @@
 #include "report_json.hpp"
 #include "report_table.hpp"
 #include "types_listing.hpp"
+#include "units_listing.hpp"
 #include "zorexp/session.hpp"
 #include "zorexp/text.hpp"
 
@@ -90,11 +91,12 @@ std::string Given(const CLI::Option* option) {
 
 // Solver options that could only mislead are refused before anything is read.
 std::optional<std::string> SolveOptionProblem(const zx::flowsheet::SolveCommandOptions& o, const CLI::Option* tolerance,
-                                              const CLI::Option* iterations, const CLI::Option* csv) {
+                                              const CLI::Option* iterations, const CLI::Option* csv, const CLI::Option* units) {
     if (!std::isfinite(o.solver.tolerance) || o.solver.tolerance <= 0)
         return "--tolerance " + Given(tolerance) + ": the tolerance must be a finite number above 0";
     if (o.solver.max_iterations < 1) return "--max-iterations " + Given(iterations) + ": at least 1 iteration is needed";
     if (csv->count() > 0 && o.csvFile.empty()) return "--csv: give the name of the file to write";
+    if (units->count() > 0 && o.units.empty()) return "--units: give SI, field or QUANTITY=UNIT (zorexp units lists them)";
     return std::nullopt;
 }
 
@@ -170,6 +172,9 @@ int main(int argc, char** argv) {
     zx::flowsheet::SolveCommandOptions solveOptions;
     auto* solve = app.add_subcommand("solve", "Set up, analyse and solve a flowsheet file (steady state).");
     solve->add_option("FLOWSHEET", solveOptions.file, "Flowsheet file (JSON).")->required();
+    solve->add_option("--set", solveOptions.sets, "Set a value after the file's: BLOCK.PATH=VALUE, such as 'C1.T_COOL=300 K' (repeatable).")
+        ->allow_extra_args(false);
+    auto* units = solve->add_option("--units", solveOptions.units, "Print results in SI, field, or per quantity (Temperature=C,Pressure=psi), combined with commas.");
     solve->add_flag("--json", solveOptions.json, "Print the results as JSON.");
     auto* csv = solve->add_option("--csv", solveOptions.csvFile, "Also write one row per variable to this CSV file (only for a solution).");
     auto* iterations = solve->add_option("--max-iterations", solveOptions.solver.max_iterations, "Newton iteration limit (at least 1).");
@@ -198,6 +203,7 @@ int main(int argc, char** argv) {
     auto* sweep = app.add_subcommand("sweep", "Solve a flowsheet at each value of one fixed variable or real parameter.");
     sweep->add_option("FLOWSHEET", sweepOptions.file, "Flowsheet file (JSON).")->required();
     sweep->add_option("--vary", sweepOptions.vary, "BLOCK.PATH=START:STOP:STEPS (STEPS + 1 evenly spaced values).")->required();
+    sweep->add_option("--set", sweepOptions.sets, "Set a value after the file's: BLOCK.PATH=VALUE (repeatable).")->allow_extra_args(false);
     sweep->add_flag("--json", sweepOptions.json, "Print the points as JSON.");
     auto* sweepCsv = sweep->add_option("--csv", sweepOptions.csvFile, "Also write one row per point to this CSV file.");
     addLimit(sweep);
@@ -213,14 +219,19 @@ int main(int argc, char** argv) {
     components->add_option("ID", componentId, "Component id or alias (any case).");
     components->add_flag("--json", json, "Print JSON.");
 
+    std::string quantityName;
+    auto* unitsCommand = app.add_subcommand("units", "List the quantities and the units values may be written in, or one quantity's factors.");
+    unitsCommand->add_option("QUANTITY", quantityName, "One quantity (any case), such as Temperature.");
+    unitsCommand->add_flag("--json", json, "Print JSON.");
+
     if (argc > 1 && argv[1][0] != '-') {
         bool known = false;
-        for (auto* sub : {types, describe, procedures, solve, analyse, check, sweep, script, components})
+        for (auto* sub : {types, describe, procedures, solve, analyse, check, sweep, script, components, unitsCommand})
             known = known || sub->check_name(argv[1]);
         if (!known) {
             Fail(std::string("unknown command \"") + VX_BriefText(argv[1]) +
-                 "\" (the commands are types, describe, procedures, solve, analyse, check-jacobian, sweep, script and "
-                 "components)");
+                 "\" (the commands are types, describe, procedures, solve, analyse, check-jacobian, sweep, script, "
+                 "components and units)");
             return kExitBadInput;
         }
     }
@@ -235,7 +246,7 @@ int main(int argc, char** argv) {
         return kExitBadInput;
     }
     if (solve->parsed()) {
-        if (auto problem = SolveOptionProblem(solveOptions, tolerance, iterations, csv)) {
+        if (auto problem = SolveOptionProblem(solveOptions, tolerance, iterations, csv, units)) {
             Fail(*problem);
             return kExitBadInput;
         }
@@ -264,6 +275,8 @@ int main(int argc, char** argv) {
             Print(json ? ProceduresJson(listing, single).dump(2) + "\n" : ProceduresText(listing, single));
         } else if (components->parsed()) {
             Print(ComponentsReport(componentId, json));
+        } else if (unitsCommand->parsed()) {
+            Print(UnitsReport(quantityName, json));
         } else if (script->parsed()) {
             Print(ScriptReport(scriptType, scriptName, json));
         } else {

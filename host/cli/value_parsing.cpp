@@ -10,6 +10,7 @@
 
 #include "zorexp/set_value.hpp"
 #include "zorexp/text.hpp"
+#include "zorexp/units.hpp"
 
 namespace zorexp_cli {
 namespace {
@@ -70,6 +71,19 @@ bool ReadIntegerSet(std::string_view s, VX_IntSetData& out, std::string* problem
 
 VX_Value Text(std::string_view text) { return VX_Value(std::string(text).c_str(), 0); }
 
+// A real number with a unit ("300 K", "25 C") in the base unit of target's type. A unit that
+// does not fit sets *problem, naming the quantity and the units it accepts.
+VX_Value InBaseUnit(const VX_VarParam& target, std::string_view text, std::string* problem) {
+    double x = 0.0;
+    std::string_view unit;
+    if (!vx_units::SplitQuantity(text, x, unit)) return Text(text);
+    std::string why;
+    const auto conversion = vx_units::ToBase(vx_units::MeasureOf(target), unit, &why);
+    if (conversion) return VX_Value(conversion->Apply(x), 0);
+    if (problem) *problem = VX_BriefText(Trim(text)) + ": " + why;
+    return Text(text);
+}
+
 }  // namespace
 
 VX_Value ParseValue(const VX_VarParam& target, VX_Attr attr, std::string_view text, std::string* problem) {
@@ -82,7 +96,8 @@ VX_Value ParseValue(const VX_VarParam& target, VX_Attr attr, std::string_view te
     switch (target.GetKind()) {
     case VX_VarParam::RealVariable:
     case VX_VarParam::RealParameter:
-        return ReadReal(text, x, problem) ? VX_Value(x, 0) : Text(text);
+        if (ReadReal(text, x, problem)) return VX_Value(x, 0);
+        return problem && !problem->empty() ? Text(text) : InBaseUnit(target, text, problem);
     case VX_VarParam::IntegerParameter:
         if (ReadInteger(text, i, problem)) return VX_Value(i, 0);
         return ReadReal(text, x, nullptr) ? VX_Value(x, 0) : Text(text);

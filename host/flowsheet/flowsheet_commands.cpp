@@ -6,8 +6,10 @@
 #include <optional>
 #include <ostream>
 
+#include "flowsheet/command_line_sets.hpp"
 #include "flowsheet/equation_system.hpp"
 #include "flowsheet/output_file.hpp"
+#include "flowsheet/output_units.hpp"
 #include "flowsheet/results_output.hpp"
 #include "flowsheet/steady_state_solve.hpp"
 #include "flowsheet/structure_diagnosis.hpp"
@@ -26,19 +28,26 @@ struct Prepared {
 // Everything is read and set up before anything is solved. On failure the reason is written
 // as one line and status says how the command ends. Running out of memory is left to the
 // caller, which says so.
-std::optional<Prepared> Prepare(const std::string& file, const BlockCreator& create, std::ostream& err, int& status) {
+std::optional<Prepared> Prepare(const std::string& file, const BlockCreator& create, std::ostream& err, int& status,
+                                const std::vector<std::string>& sets = {}) {
     Prepared p;
     FlowsheetDocument doc;
     try {
         doc = ReadFlowsheetFile(file);
+        AddCommandLineSets(doc, sets);
         p.sheet = Flowsheet::Build(doc, create);
         doc = FlowsheetDocument();   // applied: its memory is given back before the equations take theirs
         p.system = std::make_unique<EquationSystem>(*p.sheet);
         return p;
     } catch (InputError& e) {
         // Faults found while applying values know their entry; the document knows its place.
-        e.Locate(doc.PositionOf(e.Pointer()));
-        err << e.Line(file) << "\n";
+        // A value from the command line is named as the user typed it, without a place in the file.
+        if (IsCommandLineSet(e.Pointer())) {
+            err << e.Pointer() << ": " << e.what() << "\n";
+        } else {
+            e.Locate(doc.PositionOf(e.Pointer()));
+            err << e.Line(file) << "\n";
+        }
         status = kExitBadInput;
     } catch (const ModelFailure& e) {
         err << file << ": " << e.what() << "\n";
@@ -83,9 +92,17 @@ void WriteStatusLine(const std::string& status, const char* meaning, std::ostrea
 
 int RunSolve(const SolveCommandOptions& options, const BlockCreator& create, std::ostream& out, std::ostream& err) {
     int status = kExitOk;
+    std::optional<OutputUnits> units;
+    try {
+        if (!options.units.empty()) units = OutputUnits::Parse(options.units);
+    } catch (const InputError& e) {
+        err << e.what() << "\n";
+        return kExitBadInput;
+    }
+    OutputUnits* chosen = units ? &*units : nullptr;
     std::unique_ptr<OutputFile> csv;
     if (!options.csvFile.empty() && !(csv = PrepareCsv(options.csvFile, options.file, err, status))) return status;
-    std::optional<Prepared> p = Prepare(options.file, create, err, status);
+    std::optional<Prepared> p = Prepare(options.file, create, err, status, options.sets);
     if (!p) return status;
     const StructureDiagnosis diagnosis = DiagnoseStructure(*p->system);
     WriteDiagnosis(diagnosis, err);
@@ -110,17 +127,20 @@ int RunSolve(const SolveCommandOptions& options, const BlockCreator& create, std
             if (!options.json) WriteStatusLine(summary.status, "not converged; the values are the last iterate", out);
         }
     }
-    if (options.json) WriteResultsJson(*p->sheet, summary, out);
-    else WriteResultsText(*p->sheet, out);
+    if (options.json) WriteResultsJson(*p->sheet, summary, out, chosen);
+    else WriteResultsText(*p->sheet, out, chosen);
     if (csv && solved) {
-        WriteResultsCsv(*p->sheet, csv->Stream());
+        WriteResultsCsv(*p->sheet, csv->Stream(), chosen);
         if (std::string why; !csv->Commit(why)) {
             err << options.csvFile << ": " << why << "\n";
             return kExitNotConverged;
         }
     }
+    // A routine that does not know what the file names (a component missing from the database)
+    // fails the first evaluation: that is the file's fault, not the solve's.
+    const bool badInput = !solved && p->sheet->Driver().LastFailure().status == VX_E_ROUTINE_BAD_INPUT;
     p->system.reset();
-    return solved ? kExitOk : kExitNotConverged;
+    return solved ? kExitOk : badInput ? kExitBadInput : kExitNotConverged;
 }
 
 int RunAnalyse(const AnalyseCommandOptions& options, const BlockCreator& create, std::ostream& out, std::ostream& err) {
@@ -156,7 +176,7 @@ int RunSweep(const SweepCommandOptions& options, const BlockCreator& create, std
     }
     std::unique_ptr<OutputFile> csv;
     if (!options.csvFile.empty() && !(csv = PrepareCsv(options.csvFile, options.file, err, status))) return status;
-    std::optional<Prepared> p = Prepare(options.file, create, err, status);
+    std::optional<Prepared> p = Prepare(options.file, create, err, status, options.sets);
     if (!p) return status;
     std::unique_ptr<SweepEngine> engine;
     try {

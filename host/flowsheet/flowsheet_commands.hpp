@@ -7,6 +7,7 @@
 //   (not square or structurally singular: the report names what to fix).
 #include <iosfwd>
 #include <string>
+#include <vector>
 
 #include "flowsheet/flowsheet.hpp"
 #include "flowsheet/flowsheet_jacobian_check.hpp"
@@ -17,6 +18,8 @@ namespace zx::flowsheet {
 
 struct SolveCommandOptions {
     std::string file;
+    std::vector<std::string> sets; // BLOCK.PATH=VALUE, applied after the file's values
+    std::string units;             // results in these units (OutputUnits); empty: base units
     bool json = false;             // results as JSON on out instead of text
     std::string csvFile;           // also write every variable to this CSV file (never the input file)
     bool iterationLog = true;      // one line per Newton iteration on err
@@ -31,6 +34,7 @@ struct AnalyseCommandOptions {
 struct SweepCommandOptions {
     std::string file;
     std::string vary;              // BLOCK.PATH=START:STOP:STEPS
+    std::vector<std::string> sets; // BLOCK.PATH=VALUE, applied after the file's values
     bool json = false;             // the points as JSON on out instead of a table
     std::string csvFile;           // also write one row per point to this CSV file (never the input file)
     zx::solve::SolverOptions solver;

@@ -399,7 +399,9 @@ std::string ReadFileText(const std::string& path) {
 
 }  // namespace
 
-bool IsAttributeKey(std::string_view key) { return key == "value" || key == "spec" || key == "lower" || key == "upper"; }
+bool IsAttributeKey(std::string_view key) {
+    return key == "value" || key == "spec" || key == "lower" || key == "upper" || key == "unit";
+}
 
 bool IsAttributeObject(const InputValue& value) {
     if (value.GetKind() != InputValue::Kind::Object || value.Size() == 0) return false;

@@ -8,6 +8,7 @@
 
 #include "flowsheet/flowsheet.hpp"
 #include "flowsheet/output_buffer.hpp"
+#include "flowsheet/output_units.hpp"
 #include "zorexp/zorexp.hpp"
 
 namespace zx::flowsheet {
@@ -16,10 +17,12 @@ namespace {
 constexpr int kTextDigits = 10;   // text results: "%.10g"
 constexpr int kExactDigits = 17;  // JSON and CSV: "%.17g", which reads back as the same double
 
-// One variable as the writers see it: its path within the block and the variable.
+// One variable as the writers see it: its path within the block, the variable, and its value
+// in the unit printed.
 struct Row {
     std::string_view path;
     const VX_Variable& variable;
+    double value;
     std::string_view unit;
     std::string_view spec;
 };
@@ -42,7 +45,7 @@ std::string_view SpecOf(const VX_Variable& v, std::string& scratch) {
 template <class Visit>
 class VariableWalk {
 public:
-    explicit VariableWalk(Visit& visit) : m_visit(visit) {}
+    VariableWalk(Visit& visit, OutputUnits* units) : m_visit(visit), m_units(units) {}
     void Run(VX_Type& root) {
         m_path.clear();
         Walk(root);
@@ -54,7 +57,9 @@ private:
             auto& v = static_cast<VX_VarParam&>(node);
             if (v.GetKind() == VX_VarParam::RealVariable) {
                 const auto& variable = static_cast<const VX_Variable&>(v);
-                m_visit(Row{m_path, variable, UnitOf(variable), SpecOf(variable, m_spec)});
+                if (!m_units) return m_visit(Row{m_path, variable, variable.fv(), UnitOf(variable), SpecOf(variable, m_spec)});
+                const OutputUnits::Choice c = m_units->For(variable);
+                m_visit(Row{m_path, variable, c.toBase.Undo(variable.fv()), c.unit, SpecOf(variable, m_spec)});
             }
             return;
         }
@@ -100,33 +105,34 @@ private:
     }
 
     Visit& m_visit;
+    OutputUnits* m_units;
     std::string m_path;
     std::string m_spec;
 };
 
 template <class Visit>
-void ForEachRow(VX_Type& block, Visit visit) {
-    VariableWalk<Visit>(visit).Run(block);
+void ForEachRow(VX_Type& block, OutputUnits* units, Visit visit) {
+    VariableWalk<Visit>(visit, units).Run(block);
 }
 
 }  // namespace
 
-void WriteResultsText(Flowsheet& flowsheet, std::ostream& stream) {
+void WriteResultsText(Flowsheet& flowsheet, std::ostream& stream, OutputUnits* units) {
     OutputBuffer out(stream);
     for (const Block& block : flowsheet.Blocks()) {
         // Columns are as wide as their widest entry in the block: one pass to measure, one to write.
         std::size_t wPath = 0, wValue = 0, wUnit = 0;
-        ForEachRow(*block.model, [&](const Row& r) {
+        ForEachRow(*block.model, units, [&](const Row& r) {
             wPath = std::max(wPath, r.path.size());
-            wValue = std::max(wValue, NumberWidth(r.variable.fv(), kTextDigits));
+            wValue = std::max(wValue, NumberWidth(r.value, kTextDigits));
             wUnit = std::max(wUnit, r.unit.size());
         });
         out.Put(block.name);
         out.Put(" (");
         out.Put(block.type);
         out.Put(")\n");
-        ForEachRow(*block.model, [&](const Row& r) {
-            const double value = r.variable.fv();
+        ForEachRow(*block.model, units, [&](const Row& r) {
+            const double value = r.value;
             out.Put("  ");
             out.Put(r.path);
             out.Spaces(wPath - r.path.size() + 2 + wValue - NumberWidth(value, kTextDigits));
@@ -140,44 +146,55 @@ void WriteResultsText(Flowsheet& flowsheet, std::ostream& stream) {
     }
 }
 
-void WriteResultsJson(Flowsheet& flowsheet, const RunSummary& summary, std::ostream& stream) {
+void WriteResultsJson(Flowsheet& flowsheet, const RunSummary& summary, std::ostream& stream, OutputUnits* units) {
     OutputBuffer out(stream);
+    // {block: {path: item}} for every variable, item written by put.
+    auto perBlock = [&](auto put) {
+        out.Put('{');
+        bool firstBlock = true;
+        for (const Block& block : flowsheet.Blocks()) {
+            if (!firstBlock) out.Put(", ");
+            firstBlock = false;
+            out.JsonString(block.name);
+            out.Put(": {");
+            bool first = true;
+            ForEachRow(*block.model, units, [&](const Row& r) {
+                if (!first) out.Put(", ");
+                first = false;
+                out.JsonString(r.path);
+                out.Put(": ");
+                put(r);
+            });
+            out.Put('}');
+        }
+        out.Put('}');
+    };
     out.Put("{\"status\": ");
     out.JsonString(summary.status);
     out.Put(", \"iterations\": ");
     out.Integer(summary.iterations);
     out.Put(", \"residual_norm\": ");
     out.Number(summary.residualNorm, kExactDigits, true);
-    out.Put(", \"blocks\": {");
-    bool firstBlock = true;
-    for (const Block& block : flowsheet.Blocks()) {
-        if (!firstBlock) out.Put(", ");
-        firstBlock = false;
-        out.JsonString(block.name);
-        out.Put(": {");
-        bool first = true;
-        ForEachRow(*block.model, [&](const Row& r) {
-            if (!first) out.Put(", ");
-            first = false;
-            out.JsonString(r.path);
-            out.Put(": ");
-            out.Number(r.variable.fv(), kExactDigits, true);
-        });
-        out.Put('}');
+    out.Put(", \"blocks\": ");
+    perBlock([&](const Row& r) { out.Number(r.value, kExactDigits, true); });
+    if (units) {
+        // Which unit each value is in.
+        out.Put(", \"units\": ");
+        perBlock([&](const Row& r) { out.JsonString(r.unit); });
     }
-    out.Put("}}\n");
+    out.Put("}\n");
 }
 
-void WriteResultsCsv(Flowsheet& flowsheet, std::ostream& stream) {
+void WriteResultsCsv(Flowsheet& flowsheet, std::ostream& stream, OutputUnits* units) {
     OutputBuffer out(stream);
     out.Put("block,path,value,unit,spec\n");
     for (const Block& block : flowsheet.Blocks()) {
-        ForEachRow(*block.model, [&](const Row& r) {
+        ForEachRow(*block.model, units, [&](const Row& r) {
             out.CsvField(block.name);
             out.Put(',');
             out.CsvField(r.path);
             out.Put(',');
-            out.Number(r.variable.fv(), kExactDigits);
+            out.Number(r.value, kExactDigits);
             out.Put(',');
             out.CsvField(r.unit);
             out.Put(',');

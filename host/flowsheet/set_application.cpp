@@ -73,36 +73,52 @@ struct Site {
     throw InputError(site.Pointer(), message, site.pos);
 }
 
-// Assigns one attribute as a user value; refusals name the site.
-void Assign(VX_VarParam& target, VX_Attr attr, const char* attrKey, const InputValue& value, const Site& site) {
+// Assigns one attribute as a user value, in unit when one is given; refusals name the site.
+void Assign(VX_VarParam& target, VX_Attr attr, const char* attrKey, const InputValue& value, const Site& site,
+            std::string_view unit = {}) {
     ConversionRefusal refusal;
-    std::optional<VX_Value> v = RuntimeValue(target, attr, value, refusal);
+    std::optional<VX_Value> v = RuntimeValue(target, attr, value, refusal, unit);
     if (!v) Refused(site, attrKey, refusal.why, refusal.pos);
     std::string why;
     if (target.AssignUser(attr, *v, &why) == VX_AS_REFUSED) Refused(site, attrKey, why, value.Pos());
 }
 
-// Lower and upper bounds are applied so that the pair never crosses on the way.
-bool UpperFirst(const VX_VarParam& target, const InputValue& object) {
+// Lower and upper bounds are applied so that the pair never crosses on the way: the new lower
+// bound (in the base unit) is compared with the current upper one.
+bool UpperFirst(const VX_VarParam& target, const InputValue& object, std::string_view unit) {
     if (target.GetKind() != VX_VarParam::RealVariable) return false;
     const InputValue* lower = object.Find("lower");
-    return lower && lower->IsNumber() && lower->Number() > static_cast<const VX_Variable&>(target).Upper();
+    if (!lower) return false;
+    ConversionRefusal ignored;   // a lower bound that does not convert is refused when it is applied
+    const std::optional<VX_Value> v = RuntimeValue(target, VX_ATTR_LOWER, *lower, ignored, unit);
+    return v && (v->GetKind() == VX_Value::Real || v->GetKind() == VX_Value::Integer) && v->RealValue() > static_cast<const VX_Variable&>(target).Upper();
 }
 
 void ApplyAt(VX_Type& target, const InputValue& value, const Site& site);
+
+// The unit an attribute object gives its value and bounds ("" for none).
+std::string_view UnitOf(const InputValue& object, const Site& site) {
+    const InputValue* unit = object.Find("unit");
+    if (!unit) return {};
+    if (unit->GetKind() != InputValue::Kind::Text || unit->Text().empty())
+        throw InputError(PointerChild(site.Pointer(), "unit"), site.Name() + ": \"unit\" must be a unit text such as \"K\", not " + unit->Brief(),
+                         unit->Pos());
+    return unit->Text();
+}
 
 void ApplyToValue(VX_VarParam& target, const InputValue& value, const Site& site) {
     if (value.GetKind() != InputValue::Kind::Object) return Assign(target, VX_ATTR_VALUE, "value", value, site);
     for (const InputMember& m : value.Members())
         if (!IsAttributeKey(m.key))
             throw InputError(PointerChild(site.Pointer(), m.key),
-                             site.Name() + ": unknown attribute \"" + VX_BriefText(m.key) + "\" (value, spec, lower, upper)", m.keyPos);
-    const bool upperFirst = UpperFirst(target, value);
+                             site.Name() + ": unknown attribute \"" + VX_BriefText(m.key) + "\" (value, spec, lower, upper, unit)", m.keyPos);
+    const std::string_view unit = UnitOf(value, site);
+    const bool upperFirst = UpperFirst(target, value, unit);
     for (int pass = 0; pass < 4; ++pass) {
         int k = pass;
         if (upperFirst && (pass == 1 || pass == 2)) k = 3 - pass;
         const AttributeName& a = kAttributes[k];
-        if (const InputValue* v = value.Find(a.key)) Assign(target, a.attr, a.key, *v, site.AtKey(a.key, v->Pos()));
+        if (const InputValue* v = value.Find(a.key)) Assign(target, a.attr, a.key, *v, site.AtKey(a.key, v->Pos()), unit);
     }
 }
 
@@ -151,6 +167,7 @@ void ApplyKeyed(VX_Matrix& array, const InputValue& object, const Site& site) {
 
 // Attributes for every element: one value for all, or a list in set order.
 void ApplyAttributes(VX_Matrix& array, const InputValue& object, const Site& site) {
+    const std::string_view unit = UnitOf(object, site);
     for (const AttributeName& a : kAttributes) {
         const InputValue* v = object.Find(a.key);
         if (!v) continue;
@@ -171,15 +188,15 @@ void ApplyAttributes(VX_Matrix& array, const InputValue& object, const Site& sit
                 const auto item = static_cast<std::size_t>(k);
                 if (v->IsNumberList()) {
                     const InputValue number = v->NumberItem(item);
-                    Assign(target, a.attr, a.key, number, element.AtItem(item, number.Pos()));
+                    Assign(target, a.attr, a.key, number, element.AtItem(item, number.Pos()), unit);
                 } else {
-                    Assign(target, a.attr, a.key, v->Items()[item], element.AtItem(item, v->Items()[item].Pos()));
+                    Assign(target, a.attr, a.key, v->Items()[item], element.AtItem(item, v->Items()[item].Pos()), unit);
                 }
                 continue;
             }
             if (!every) {
                 ConversionRefusal refusal;
-                every = RuntimeValue(target, a.attr, *v, refusal);
+                every = RuntimeValue(target, a.attr, *v, refusal, unit);
                 if (!every) Refused(at, a.key, refusal.why, refusal.pos);
             }
             std::string why;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "zorexp/sets.hpp"
+#include "zorexp/units.hpp"
 
 namespace zx::flowsheet {
 namespace {
@@ -51,10 +52,41 @@ std::optional<VX_Value> SetValue(const VX_VarParam& target, const InputValue& li
     return VX_Value(VX_IntSetValue(std::shared_ptr<const VX_IntSetData>(std::move(integers))), 0);
 }
 
+bool TakesUnit(const VX_VarParam& target, VX_Attr attr) {
+    return (target.GetKind() == VX_VarParam::RealVariable || target.GetKind() == VX_VarParam::RealParameter) &&
+           (attr == VX_ATTR_VALUE || attr == VX_ATTR_LOWER || attr == VX_ATTR_UPPER);
+}
+
+// A number with a unit (from a text "300 K" or the attribute object's "unit") in the base unit
+// of target's type.
+std::optional<VX_Value> InBaseUnit(const VX_VarParam& target, double number, std::string_view unit, const InputValue& value,
+                                   ConversionRefusal& refusal) {
+    std::string problem;
+    const std::optional<vx_units::Conversion> c = vx_units::ToBase(vx_units::MeasureOf(target), unit, &problem);
+    if (!c) {
+        const std::string given = value.GetKind() == InputValue::Kind::Text ? value.Brief() : value.Brief() + " " + std::string(unit);
+        return Refuse(refusal, given + ": " + problem, value.Pos());
+    }
+    return VX_Value(c->Apply(number), 0);
+}
+
 }  // namespace
 
 std::optional<VX_Value> RuntimeValue(const VX_VarParam& target, VX_Attr attr, const InputValue& value,
-                                     ConversionRefusal& refusal) {
+                                     ConversionRefusal& refusal, std::string_view unit) {
+    if (!unit.empty() && attr != VX_ATTR_SPEC && !TakesUnit(target, attr))
+        return Refuse(refusal, value.Brief() + " " + std::string(unit) + ": a unit is given, but this value takes none", value.Pos());
+    if (TakesUnit(target, attr)) {
+        double number = 0.0;
+        std::string_view written;
+        if (value.IsNumber() && !unit.empty()) return InBaseUnit(target, value.Number(), unit, value, refusal);
+        if (value.GetKind() == InputValue::Kind::Text && vx_units::SplitQuantity(value.Text(), number, written)) {
+            if (!written.empty() && !unit.empty() && written != unit)
+                return Refuse(refusal, value.Brief() + " is in " + std::string(written) + ", but \"unit\" says " + std::string(unit),
+                              value.Pos());
+            return InBaseUnit(target, number, written.empty() ? unit : written, value, refusal);
+        }
+    }
     if (attr == VX_ATTR_SPEC) {
         const std::int32_t code = value.GetKind() == InputValue::Kind::Text ? VX_SpecFromText(value.Text().c_str()) : 0;
         if (code == 0) return Refuse(refusal, "expects a spec (Fixed, Free, Initial, RateInitial), got " + value.Brief(), value.Pos());

@@ -34,6 +34,8 @@ std::unique_ptr<ListContext> Resolve(int handle, const zorexp_host_services& ser
     try {
         const thermo::Method m = method != nullptr ? thermo::ParseMethod(method) : thermo::Method::Ideal;
         context->model = thermo::PropertyModel::Create(thermo::MakeMixture(Database(), names, m, kij != nullptr ? kij : ""));
+    } catch (const thermo::UnknownComponentError& e) {
+        throw RoutineInputError(e.what());
     } catch (const thermo::PropertyError& e) {
         throw RoutineError(e.what());
     }

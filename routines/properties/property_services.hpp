@@ -19,6 +19,11 @@ namespace zx::routines {
 struct RoutineError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
+// The inputs name something the database does not know (a component): the user's data is
+// wrong, whatever the values of the unknowns.
+struct RoutineInputError : RoutineError {
+    using RoutineError::RoutineError;
+};
 
 void AttachServices(const zorexp_host_services* services);
 const zorexp_host_services* Services();

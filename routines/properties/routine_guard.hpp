@@ -1,7 +1,8 @@
 #pragma once
 // The frame of every property routine: a prepare or initialise call starts a new solve; any
-// failure sets *status to 0 and reports "ROUTINE: why" to the host; outputs and derivatives
-// that are not finite fail the call instead of reaching the solver.
+// failure sets *status to 0 (ZOREXP_STATUS_BAD_INPUT when the inputs name a component the
+// database does not know) and reports "ROUTINE: why" to the host; outputs and derivatives that
+// are not finite fail the call instead of reaching the solver.
 #include <cmath>
 #include <exception>
 
@@ -24,6 +25,9 @@ void Guarded(const DenseCall& call, const char* entry, const char* routine, Body
         if (call.WantsDerivatives())
             for (int k = 0; k < outputs * *call.input_elements; ++k)
                 if (!std::isfinite(call.derivatives[k])) throw RoutineError(fmt::format("derivative {} is not finite", k + 1));
+    } catch (const RoutineInputError& e) {
+        *call.status = ZOREXP_STATUS_BAD_INPUT;
+        ReportError(entry, fmt::format("{}: {}", routine, e.what()));
     } catch (const std::exception& e) {
         *call.status = 0;
         ReportError(entry, fmt::format("{}: {}", routine, e.what()));

@@ -98,6 +98,20 @@ TEST(BadInput, OutputThatCannotBeWrittenIsAFailure) {
     EXPECT_EQ(RunHost("types --json > /dev/full").status, 1);
 }
 
+TEST(BadInput, AComponentTheDatabaseDoesNotKnowIsTheFilesFault) {
+    // Found by the first call of the block's property routine: the solve stops there and the
+    // CSV is not written.
+    ScratchFile sheet("typo.json", R"({"components": {"mix": ["WATER", "METHANL"]}, "blocks": {"L": {"type": "PROPS_LIQUID",
+        "set": {"PROPMODE": "Rigorous", "T": {"value": 25, "spec": "Fixed"}, "P": {"value": 1, "spec": "Fixed"},
+                "X": {"value": [0.5, 0.5], "spec": "Fixed"}}}}})");
+    const std::string csv = sheet.Path() + ".csv";
+    const CommandResult r = RunHost("solve " + sheet.Path() + " --no-log --csv " + csv);
+    EXPECT_EQ(r.status, 2) << r.err;
+    for (const char* f : {"block L (PROPS_LIQUID)", "unknown component \"METHANL\"", "did you mean", "METHANOL"})
+        EXPECT_NE(r.err.find(f), std::string::npos) << f << " not in " << r.err;
+    EXPECT_FALSE(std::ifstream(csv).good());
+}
+
 #ifndef __SANITIZE_ADDRESS__   // the sanitizers reserve more address space than the limit allows
 TEST(BadInput, RunningOutOfMemoryEndsWithOneLineAndNoFile) {
     std::string cells = "[";

@@ -36,7 +36,8 @@ TEST_F(PropertyRoutines, ComponentsAreFoundByIdOrAliasInAnyCaseAndUnknownOnesAre
     EXPECT_EQ(a.outputs, b.outputs);
 
     const int typo = FakeHost::AddList({"WATER", "METHANL"});
-    EXPECT_EQ(Liquid("RX55IF_gpidlhx", typo, 50.0, 1.0, {0.6, 0.4}).status, 0);
+    // The user's input is at fault, not the state: the status says so.
+    EXPECT_EQ(Liquid("RX55IF_gpidlhx", typo, 50.0, 1.0, {0.6, 0.4}).status, ZOREXP_STATUS_BAD_INPUT);
     EXPECT_EQ(LastError(), "RX55IF_gpidlhx: PENTH_MOL_LIQ: unknown component \"METHANL\" (did you mean METHANE, METHANOL, ETHANE?)");
 }
 

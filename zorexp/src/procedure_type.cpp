@@ -610,7 +610,7 @@ int VX_ProcedureType::CheckIFailAndOutputs(int status, int ct, bool checkOutputs
         m_lastCall = -1;
         std::string why = "the routine failed with status " + std::to_string(status);
         if (VX_RoutineErrorPending()) why += ": " + VX_TakeRoutineError();
-        return Fail(VX_E_ROUTINE_FAILED, why);
+        return Fail(status == ZOREXP_STATUS_BAD_INPUT ? VX_E_ROUTINE_BAD_INPUT : VX_E_ROUTINE_FAILED, why);
     }
     if (VX_RoutineErrorPending()) VX_TakeRoutineError();   // said, then succeeded after all
     if (checkOutputs) {

@@ -47,6 +47,9 @@
  *
  * Status. *status is 1 on entry. A routine that cannot compute its outputs sets it to 0 or a
  * negative value and should say why through services->report(ZOREXP_REPORT_ERROR, ...).
+ * ZOREXP_STATUS_BAD_INPUT says that the inputs name something the routine does not know (a
+ * component missing from its database): no other value of the unknowns would help, so hosts
+ * treat it as a fault of the user's input rather than of the solve.
  * Outputs and derivatives must be finite on success; the runtime refuses non-finite ones.
  *
  * The runtime calls a routine again only when one of its inputs changed (a NaN input always
@@ -62,6 +65,9 @@ extern "C" {
 /* Interface versions a library reports. */
 #define ZOREXP_ROUTINE_INTERFACE_DENSE 2
 #define ZOREXP_ROUTINE_INTERFACE_SPARSE 4
+
+/* A routine's status when its inputs name something it does not know (see above). */
+#define ZOREXP_STATUS_BAD_INPUT (-2)
 
 /* Call types (the last argument of a dense routine, the first of a sparse one). */
 #define ZOREXP_CALL_VALUES 0       /* outputs only */
