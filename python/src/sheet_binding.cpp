@@ -71,6 +71,11 @@ void BindSheet(py::module_& m) {
             SessionScope scope(s);
             return ValuesOf(s.Resolve(path), self);
         }, py::arg("path"), "A numpy view of the real values at path (no copy).")
+        .def("in_unit", [](py::object self, const std::string& path, const std::string& unit) {
+            LiveSheet& s = self.cast<LiveSheet&>();
+            SessionScope scope(s);
+            return InUnit(s.Resolve(path), self, unit);
+        }, py::arg("path"), py::arg("unit"), "A copy of the real values at path in another unit.")
         .def("attribute", [](LiveSheet& s, const std::string& path, const std::string& name) {
             SessionScope scope(s);
             return AttributeOf(s.Resolve(path), name);

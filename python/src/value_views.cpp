@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "python_errors.hpp"
+#include "zorexp/units.hpp"
 #include "zorexp/zorexp.hpp"
 
 namespace py = pybind11;
@@ -37,12 +38,10 @@ py::object ElementAttribute(VX_VarParam& v, const std::string& name) {
         const char* text = VX_SpecText(var->CurrSpec());
         return text ? py::object(py::str(text)) : py::object(py::int_(static_cast<int>(var->CurrSpec())));
     }
-    const VX_Value* value = nullptr;
-    if (auto* var = dynamic_cast<VX_Variable*>(&v))
-        value = name == "unit" ? var->VX_DefaultBASEUOMNAME() : var->VX_DefaultPHYSICALQUANTITY();
-    else if (auto* real = dynamic_cast<VX_REALPARAMETER*>(&v))
-        value = name == "unit" ? real->VX_DefaultBASEUOMNAME() : real->VX_DefaultPHYSICALQUANTITY();
-    return value ? py::object(py::str(value->TextValue())) : py::object(py::none());
+    // The unit values are held in and the quantity, as the units table knows them.
+    const vx_units::Measure m = vx_units::MeasureOf(v);
+    const std::string text = name == "unit" ? m.baseUnit : m.Name();
+    return text.empty() ? py::object(py::none()) : py::object(py::str(text));
 }
 
 std::string KindName(const VX_VarParam& v) {
@@ -126,6 +125,23 @@ py::object AttributeOf(VX_Type& target, const std::string& name) {
         out(k) = e ? AttributeNumber(*e, attr) : std::nan("");
     }
     return bounds;
+}
+
+py::array InUnit(VX_Type& target, py::handle owner, const std::string& unit) {
+    VX_VarParam* measured = AsValue(&target);
+    if (auto* array = dynamic_cast<VX_Matrix*>(&target); array && !measured)
+        for (int k = 0; k < array->Size() && !measured; ++k) measured = AsValue(array->At(k));
+    py::array values = ValuesOf(target, owner);
+    py::array_t<double> out(values.request().shape);
+    const auto* from = static_cast<const double*>(values.data());
+    double* to = out.mutable_data();
+    if (!measured) return out;
+    const vx_units::Measure m = vx_units::MeasureOf(*measured);
+    std::string problem;
+    const std::optional<vx_units::Conversion> c = vx_units::ToBase(m, unit, &problem);
+    if (!c) throw InputFault(target.Path() + ": " + problem);
+    for (py::ssize_t k = 0; k < values.size(); ++k) to[k] = c->Undo(from[k]);
+    return out;
 }
 
 py::object PlainValueOf(VX_Type& target) {

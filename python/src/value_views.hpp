@@ -22,8 +22,12 @@ std::string ElementKindOf(VX_Type& target);
 // for arrays of real parameters, whose values are not kept side by side.
 pybind11::array ValuesOf(VX_Type& target, pybind11::handle owner);
 // "lower", "upper" (floats, or arrays for an array), "spec" (text, or a list), "unit" and
-// "quantity" (texts of the variable type; those of the first element for an array).
+// "quantity" (the base unit and quantity of the units table; those of the first element for an
+// array).
 pybind11::object AttributeOf(VX_Type& target, const std::string& name);
+// A copy of the real values in another unit of their quantity; InputFault naming the quantity
+// and the units it accepts when the unit does not fit.
+pybind11::array InUnit(VX_Type& target, pybind11::handle owner, const std::string& unit);
 // An integer, text, logical or set parameter's value.
 pybind11::object PlainValueOf(VX_Type& target);
 // The index texts of an array's elements in set order.

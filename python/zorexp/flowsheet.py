@@ -17,7 +17,7 @@ import numpy as np
 
 from . import _zorexp
 from ._zorexp import InputError
-from .values import REAL_KINDS, brief, checked, is_attribute_object, plain, to_json
+from .values import REAL_KINDS, brief, checked, is_attribute_object, is_pint_quantity, plain, to_json
 
 _ELEMENT = re.compile(r"^(.*)\(([^()]*)\)$")
 
@@ -57,6 +57,32 @@ class Values(np.ndarray):
     upper = property(lambda self: self._attribute("upper"))
     unit = property(lambda self: self._attribute("unit"))
     quantity = property(lambda self: self._attribute("quantity"))
+
+    def to(self, unit):
+        """A copy of the values in another unit of their quantity (fs["C1.T"].to("F"))."""
+        if self._origin is None:
+            raise AttributeError("to() is known only on the array fs[path] returns")
+        sheet, path = self._origin
+        return sheet.in_unit(path, unit)
+
+    def quantity_of(self, ureg):
+        """The values as a pint Quantity of the registry ureg, in their base unit."""
+        return ureg.Quantity(np.array(self), pint_unit(self.unit))
+
+
+# Unit texts of the units table that pint spells otherwise.
+_PINT_SPELLING = {"C": "degC", "°C": "degC", "F": "degF", "°F": "degF", "R": "degR", "°R": "degR", "hr": "hour"}
+
+
+def pint_unit(text):
+    """A unit of the units table as pint writes it ("C" is degC, "kmol/hr" is kmol/hour, "m2"
+    is m**2)."""
+    if not text:
+        return ""
+    def word(w):
+        w = _PINT_SPELLING.get(w, w)
+        return re.sub(r"^([A-Za-z]+)(\d)$", r"\1**\2", w)
+    return "/".join(" ".join(word(w) for w in part.split(" ")) for part in text.split("/"))
 
 
 def _split(path):
@@ -204,6 +230,8 @@ class Flowsheet:
         element_kind = info["element_kind"]
         size = info.get("size")
         real = kind in REAL_KINDS or (kind == "array" and element_kind in REAL_KINDS)
+        if real and is_pint_quantity(value):
+            value = self._from_pint(path, value)
         value = checked(path, value, element_kind if kind == "array" else kind, size if kind == "array" else None)
         if real:
             if isinstance(value, np.ndarray):
@@ -215,6 +243,16 @@ class Flowsheet:
             doc = copy.deepcopy(self._doc)
             self._record(doc, block, sub, value)
             self._rebuild(doc, f"{path} = {brief(value)}")
+
+    def _from_pint(self, path, quantity):
+        """A pint quantity as (magnitude, unit) for the host: in the property's base unit when
+        pint can convert it there (pint and the units table may spell a unit differently), in
+        its own unit otherwise, so that the host names the quantity and the units it accepts."""
+        base = self._live.attribute(path, "unit")
+        try:
+            return (np.asarray(quantity.to(pint_unit(base)).magnitude, dtype=float), base) if base else quantity
+        except Exception:  # noqa: BLE001 - pint cannot convert: the host refuses it with its message
+            return quantity
 
     def _as_applied(self, path, value):
         """What a real value became, in base units, for the document: a value given with a unit

@@ -57,9 +57,25 @@ def with_unit(value):
     the host converts the value to the base unit of its type."""
     if isinstance(value, tuple) and len(value) == 2 and isinstance(value[1], str):
         return {"value": value[0], "unit": value[1]}
-    if hasattr(value, "magnitude") and hasattr(value, "units") and not isinstance(value, np.ndarray):
-        return {"value": value.magnitude, "unit": format(value.units, "~")}
+    if is_pint_quantity(value):
+        return {"value": value.magnitude, "unit": host_unit(value.units)}
     return value
+
+
+def is_pint_quantity(value):
+    return hasattr(value, "magnitude") and hasattr(value, "units") and not isinstance(value, np.ndarray)
+
+
+# pint's short unit names that the units table writes otherwise.
+_HOST_SPELLING = {"h": "hr", "Δ°C": "delta_degC", "Δ°F": "delta_degF"}
+
+
+def host_unit(units):
+    """A pint unit as the units table writes it: "kmol / h" is "kmol/hr", "W / m ** 2 / K" is
+    "W/m2/K", "kg * m ** 2" is "kg m2"."""
+    text = format(units, "~C").replace("**", "")
+    parts = [" ".join(_HOST_SPELLING.get(w, w) for w in part.split("*")) for part in text.split("/")]
+    return "/".join(parts)
 
 
 def checked(path, value, kind, size):
