@@ -47,13 +47,9 @@ LiveSheet::LiveSheet(const std::string& documentJson, std::string source, bool l
         zx::flowsheet::FlowsheetDocument doc;
         try {
             doc = zx::flowsheet::ReadFlowsheetText(documentJson);
-            m_sheet = zx::flowsheet::Flowsheet::Build(doc, Creator());
+            m_sheet = zx::flowsheet::Flowsheet::Build(doc, Creator());   // its session is current after
         } catch (zx::flowsheet::InputError& e) {
             e.Locate(doc.PositionOf(e.Pointer()));
-            VX_Session::MakeCurrent(nullptr);
-            throw;
-        } catch (...) {
-            VX_Session::MakeCurrent(nullptr);
             throw;
         }
     }, located);
