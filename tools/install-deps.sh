@@ -8,4 +8,6 @@ apt-get install -y -qq --no-install-recommends \
   libgtest-dev libgmock-dev libbenchmark-dev \
   libsuitesparse-dev libsundials-dev \
   nlohmann-json3-dev libcli11-dev libfmt-dev \
-  python3 python3-iapws python3-pint python3-pytest >/dev/null
+  python3 python3-iapws \
+  pybind11-dev python3-dev python3-numpy python3-dask python3-distributed python3-pint \
+  python3-matplotlib python3-pytest python3-pandas >/dev/null

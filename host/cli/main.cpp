@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <iostream>
@@ -13,6 +14,8 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 
@@ -25,6 +28,7 @@
 #include "model_library.hpp"
 #include "out_of_memory.hpp"
 #include "procedures_listing.hpp"
+#include "result_plot.hpp"
 #include "script_command.hpp"
 #include "report_json.hpp"
 #include "report_table.hpp"
@@ -108,6 +112,28 @@ int CheckStandardOutput(int status) {
     return status == kExitOk ? kExitHostFailure : status;
 }
 
+// solve --plot: the solution's CSV (the user's, or a temporary one) drawn by the Python package.
+int SolveAndPlot(zx::flowsheet::SolveCommandOptions options, const zx::flowsheet::BlockCreator& create,
+                 const std::string& plotFile, const std::vector<std::string>& plotVars) {
+    std::string temporary;
+    if (options.csvFile.empty()) {
+        char name[] = "/tmp/zorexp-plot-XXXXXX";
+        const int fd = mkstemp(name);
+        if (fd < 0) throw HostFailure(std::string("--plot: cannot make a temporary file: ") + std::strerror(errno));
+        close(fd);
+        options.csvFile = temporary = name;
+    }
+    const int status = zx::flowsheet::RunSolve(options, create, std::cout, std::cerr);
+    try {
+        if (status == kExitOk) PlotResults(options.csvFile, plotFile, plotVars);
+    } catch (...) {
+        if (!temporary.empty()) std::remove(temporary.c_str());
+        throw;
+    }
+    if (!temporary.empty()) std::remove(temporary.c_str());
+    return status;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -156,6 +182,12 @@ int main(int argc, char** argv) {
     auto* iterations = solve->add_option("--max-iterations", solveOptions.solver.max_iterations, "Newton iteration limit (at least 1).");
     auto* tolerance = solve->add_option("--tolerance", solveOptions.solver.tolerance, "Scaled residual tolerance (a finite number above 0).");
     solve->add_flag("!--no-log", solveOptions.iterationLog, "Do not print the iteration log.");
+    std::string plotFile;
+    std::vector<std::string> plotVars;
+    auto* plot = solve->add_option("--plot", plotFile, "Draw array variables of the solution into this PNG file (Python, matplotlib).");
+    solve->add_option("--plot-vars", plotVars, "The array variables to draw, BLOCK.ARRAY (repeatable; default: all).")
+        ->allow_extra_args(false)
+        ->needs(plot);
     addLimit(solve);
 
     zx::flowsheet::AnalyseCommandOptions analyseOptions;
@@ -232,7 +264,8 @@ int main(int argc, char** argv) {
         if (solve->parsed() || analyse->parsed() || check->parsed() || sweep->parsed()) {
             const auto create = zx::flowsheet::CreatorFromFactories(
                 [](const std::string& type) { return ModelLibrary::Instance().FindFactory(type); });
-            if (solve->parsed()) status = zx::flowsheet::RunSolve(solveOptions, create, std::cout, std::cerr);
+            if (solve->parsed() && !plotFile.empty()) status = SolveAndPlot(solveOptions, create, plotFile, plotVars);
+            else if (solve->parsed()) status = zx::flowsheet::RunSolve(solveOptions, create, std::cout, std::cerr);
             else if (analyse->parsed()) status = zx::flowsheet::RunAnalyse(analyseOptions, create, std::cout, std::cerr);
             else if (sweep->parsed()) status = zx::flowsheet::RunSweep(sweepOptions, create, std::cout, std::cerr);
             else status = zx::flowsheet::RunCheckJacobian(checkOptions, create, std::cout, std::cerr);

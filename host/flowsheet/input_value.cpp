@@ -99,6 +99,16 @@ InputValue InputValue::NumberItem(std::size_t k) const {
     return MakeNumber(m_list->numbers[k], m_list->integers[k], m_list->numberPos[k]);
 }
 
+InputValue InputValue::MakeNumberList(std::vector<double> numbers) {
+    InputValue v;
+    v.m_kind = Kind::List;
+    ListParts& p = v.List();
+    p.numberPos.assign(numbers.size(), SourcePos{});
+    p.integers.assign(numbers.size(), false);
+    p.numbers = std::move(numbers);
+    return v;
+}
+
 const InputValue* InputValue::Find(std::string_view key) const {
     for (const InputMember& m : Members())
         if (m.key == key) return &m.value;

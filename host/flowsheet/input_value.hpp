@@ -71,6 +71,9 @@ public:
     // by a program rather than read from a file).
     static InputValue Parse(std::string_view text);
     static InputValue MakeNumber(double value, bool integer, SourcePos pos);
+    // A list of real numbers made in code (an array's values handed over by a program), without
+    // writing them as text first.
+    static InputValue MakeNumberList(std::vector<double> numbers);
 
 private:
     struct ListParts;

@@ -52,48 +52,71 @@ SweepRange ParseSweepRange(const std::string& text) {
     return r;
 }
 
-SweepEngine::SweepEngine(EquationSystem& system, SweepRange range) : m_system(system), m_range(std::move(range)) {
-    Flowsheet& sheet = system.Sheet();
-    const auto dot = m_range.path.find('.');
-    if (dot == std::string::npos || dot == 0 || dot + 1 == m_range.path.size())
-        throw InputError(kWhere, "sweep path \"" + m_range.path + "\" is not BLOCK.PROPERTY");
-    const std::string blockName = m_range.path.substr(0, dot), property = m_range.path.substr(dot + 1);
-    const Block* block = nullptr;
-    for (const Block& b : sheet.Blocks())
-        if (VX_EqualCI(b.name.c_str(), blockName.c_str())) block = &b;
-    if (!block) throw InputError(kWhere, "sweep path \"" + m_range.path + "\": the flowsheet has no block " + blockName);
-    const VX_PathResolution found = VX_ResolvePath(*block->model, property);
-    if (!found.object)
-        throw InputError(kWhere, "sweep path \"" + m_range.path + "\": block " + block->name + " (" + block->type +
-                                     "): " + found.problem);
-    auto* p = dynamic_cast<VX_VarParam*>(found.object);
-    auto* v = dynamic_cast<VX_Variable*>(found.object);
-    const bool fixedVariable = v && v->CurrSpec() == VX_SPEC_FIXED;
-    const bool realParameter = p && !v && p->GetKind() == VX_VarParam::RealParameter;
-    if (!fixedVariable && !realParameter)
-        throw InputError(kWhere, "sweep path \"" + m_range.path + "\": " + property + " of block " + block->name + " (" +
-                                     block->type + ") is " +
-                                     (v ? std::string("a free variable") : std::string("not a real value")) +
-                                     "; a sweep varies a fixed variable or a real parameter");
-    m_varied = p;
-    m_variedName = sheet.NameOf(*found.object);
-    for (const Block& b : sheet.Blocks())
+SweepEngine::SweepEngine(EquationSystem& system, SweepRange range)
+    : SweepEngine(system, std::vector<std::string>{range.path}, kWhere) {
+    m_range = std::move(range);
+}
+
+SweepEngine::SweepEngine(EquationSystem& system, const std::vector<std::string>& paths, const std::string& where)
+    : m_system(system) {
+    for (const std::string& path : paths) Resolve(path, where);
+    for (const Block& b : system.Sheet().Blocks())
         ForEachVariable(*b.model, [&](VX_Variable& var) {
             m_reported.push_back(&var);
             m_names.push_back(b.name + "." + var.Path());
         });
     for (VX_Variable* u : system.Unknowns()) m_lastConverged.push_back(u->fv());
+    m_initial = m_lastConverged;
+}
+
+void SweepEngine::Resolve(const std::string& path, const std::string& where) {
+    Flowsheet& sheet = m_system.Sheet();
+    const auto dot = path.find('.');
+    if (dot == std::string::npos || dot == 0 || dot + 1 == path.size())
+        throw InputError(where, "sweep path \"" + path + "\" is not BLOCK.PROPERTY");
+    const std::string blockName = path.substr(0, dot), property = path.substr(dot + 1);
+    const Block* block = nullptr;
+    for (const Block& b : sheet.Blocks())
+        if (VX_EqualCI(b.name.c_str(), blockName.c_str())) block = &b;
+    if (!block) throw InputError(where, "sweep path \"" + path + "\": the flowsheet has no block " + blockName);
+    const VX_PathResolution found = VX_ResolvePath(*block->model, property);
+    if (!found.object)
+        throw InputError(where, "sweep path \"" + path + "\": block " + block->name + " (" + block->type +
+                                    "): " + found.problem);
+    auto* p = dynamic_cast<VX_VarParam*>(found.object);
+    auto* v = dynamic_cast<VX_Variable*>(found.object);
+    const bool fixedVariable = v && v->CurrSpec() == VX_SPEC_FIXED;
+    const bool realParameter = p && !v && p->GetKind() == VX_VarParam::RealParameter;
+    if (!fixedVariable && !realParameter)
+        throw InputError(where, "sweep path \"" + path + "\": " + property + " of block " + block->name + " (" +
+                                    block->type + ") is " +
+                                    (v ? std::string("a free variable") : std::string("not a real value")) +
+                                    "; a sweep varies a fixed variable or a real parameter");
+    m_varied.push_back(p);
+    m_variedNames.push_back(sheet.NameOf(*found.object));
+}
+
+void SweepEngine::SetStart(const std::vector<double>& unknowns) {
+    if (unknowns.size() == m_lastConverged.size()) m_lastConverged = unknowns;
 }
 
 SweepPoint SweepEngine::Solve(int point, const zx::solve::SolverOptions& options) {
+    return SolveCase({m_range.Value(point)}, options);
+}
+
+SweepPoint SweepEngine::SolveCase(const std::vector<double>& values, const zx::solve::SolverOptions& options,
+                                  Start start) {
     SweepPoint out;
-    out.value = m_range.Value(point);
+    out.value = values.empty() ? 0.0 : values.front();
     const auto& unknowns = m_system.Unknowns();
-    for (std::size_t k = 0; k < unknowns.size(); ++k) unknowns[k]->SetSolverValue(m_lastConverged[k]);
-    std::string why;
-    if (m_varied->AssignUser(VX_ATTR_VALUE, VX_Value(out.value, 0), &why) == VX_AS_REFUSED) {
-        out.failure = m_variedName + " = " + VX_Value(out.value, 0).ToString() + " refused: " + why;
-    } else {
+    const std::vector<double>& from = start == Start::Initial ? m_initial : m_lastConverged;
+    for (std::size_t k = 0; k < unknowns.size(); ++k) unknowns[k]->SetSolverValue(from[k]);
+    for (std::size_t k = 0; k < m_varied.size() && k < values.size() && out.failure.empty(); ++k) {
+        std::string why;
+        if (m_varied[k]->AssignUser(VX_ATTR_VALUE, VX_Value(values[k], 0), &why) == VX_AS_REFUSED)
+            out.failure = m_variedNames[k] + " = " + VX_Value(values[k], 0).ToString() + " refused: " + why;
+    }
+    if (out.failure.empty()) {
         const zx::solve::SolveResult result = SolveSteadyState(m_system, options, nullptr);
         out.status = result.status;
         out.iterations = result.iterations;

@@ -91,6 +91,31 @@ TEST(Sweep, APointThatFailsIsReportedAndTheSweepGoesOn) {
     EXPECT_NEAR(s.At(3, "V1.FLUX"), 2101.0506, 1e-3);
 }
 
+TEST(Sweep, CasesOfSeveralPropertiesGiveTheSameSolutionFromEitherStart) {
+    testing::SetUpSheet sheet(Example("vapour_relief_valve"));
+    SweepEngine engine(*sheet.system, {"V1.ETA", "v1.area_ratio"}, "sweep");
+    const auto& names = engine.Names();
+    const auto flux = static_cast<std::size_t>(std::find(names.begin(), names.end(), "V1.FLUX") - names.begin());
+    const zx::solve::SolverOptions options;
+    const SweepPoint a = engine.SolveCase({0.3, 0.2}, options);
+    const SweepPoint warm = engine.SolveCase({0.7, 0.1}, options);
+    const std::vector<double> solved = engine.LastConverged();
+    const SweepPoint cold = engine.SolveCase({0.7, 0.1}, options, SweepEngine::Start::Initial);
+    ASSERT_TRUE(a.converged && warm.converged && cold.converged) << a.failure << warm.failure << cold.failure;
+    // Equal within what the solver's tolerance leaves between different starts.
+    EXPECT_NEAR(warm.values[flux], cold.values[flux], 1e-6 * cold.values[flux]);
+    engine.SetStart(solved);
+    EXPECT_NEAR(engine.SolveCase({0.3, 0.2}, options).values[flux], a.values[flux], 1e-6 * a.values[flux]);
+    EXPECT_LT(cold.values[flux], a.values[flux]);   // half the area, a higher outlet pressure
+    try {
+        SweepEngine refused(*sheet.system, {"V1.ETA", "V1.FLUX"}, "sweep");
+        FAIL() << "a free variable was accepted";
+    } catch (const InputError& e) {
+        EXPECT_EQ(e.Location(), "sweep");
+        EXPECT_NE(std::string(e.what()).find("V1.FLUX"), std::string::npos);
+    }
+}
+
 TEST(Sweep, OnlyAFixedVariableOrRealParameterOfABlockCanBeVaried) {
     testing::SetUpSheet sheet(Example("vapour_relief_valve"));
     auto refusal = [&](const std::string& vary) {
