@@ -7,6 +7,7 @@
 #include "errors.hpp"
 #include "frame/registry.hpp"
 #include "model_library.hpp"
+#include "zorexp/utf8_encoding.hpp"
 #include "zorexp/zorexp.hpp"
 
 namespace zorexp_cli {
@@ -16,28 +17,10 @@ struct ReleaseObject {
     void operator()(VX_Containable* p) const { p->Release(); }
 };
 
-// UTF-8 of wide text (UTF-32 here). Written out because the standard's converters are
-// deprecated and the scripts need nothing more than this.
+// UTF-8 of wide text (UTF-32 here).
 std::string Utf8(const std::wstring& text) {
     std::string out;
-    for (const wchar_t wc : text) {
-        const auto c = static_cast<char32_t>(wc);
-        if (c < 0x80) {
-            out += static_cast<char>(c);
-        } else if (c < 0x800) {
-            out += static_cast<char>(0xC0 | (c >> 6));
-            out += static_cast<char>(0x80 | (c & 0x3F));
-        } else if (c < 0x10000) {
-            out += static_cast<char>(0xE0 | (c >> 12));
-            out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (c & 0x3F));
-        } else {
-            out += static_cast<char>(0xF0 | (c >> 18));
-            out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-            out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (c & 0x3F));
-        }
-    }
+    for (const wchar_t wc : text) VX_AppendUtf8(out, static_cast<char32_t>(wc));
     return out;
 }
 

@@ -7,6 +7,7 @@
 
 #include "flowsheet/input_error.hpp"
 #include "zorexp/text.hpp"
+#include "zorexp/utf8_encoding.hpp"
 
 namespace zx::flowsheet {
 namespace {
@@ -20,24 +21,6 @@ std::string Found(std::string_view text, std::size_t at) {
     if (c >= 0x20 && c < 0x7F) return std::string("'") + static_cast<char>(c) + "'";
     static const char* const kHex = "0123456789ABCDEF";
     return std::string("byte 0x") + kHex[c >> 4] + kHex[c & 15];
-}
-
-void AppendUtf8(std::string& out, unsigned cp) {
-    if (cp < 0x80) {
-        out += static_cast<char>(cp);
-    } else if (cp < 0x800) {
-        out += static_cast<char>(0xC0 | (cp >> 6));
-        out += static_cast<char>(0x80 | (cp & 0x3F));
-    } else if (cp < 0x10000) {
-        out += static_cast<char>(0xE0 | (cp >> 12));
-        out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (cp & 0x3F));
-    } else {
-        out += static_cast<char>(0xF0 | (cp >> 18));
-        out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-        out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (cp & 0x3F));
-    }
 }
 
 }  // namespace
@@ -237,7 +220,7 @@ void JsonReader::ReadEscape(std::string& out) {
         // Texts end at their first zero byte wherever the runtime keeps them.
         Fail(PositionAt(start), "a text holds the character U+0000, which no name or value may contain");
     }
-    AppendUtf8(out, cp);
+    VX_AppendUtf8(out, static_cast<char32_t>(cp));
 }
 
 JsonReader::Number JsonReader::ReadNumber() {

@@ -113,13 +113,19 @@ TEST(BadInput, AComponentTheDatabaseDoesNotKnowIsTheFilesFault) {
 }
 
 #ifndef __SANITIZE_ADDRESS__   // the sanitizers reserve more address space than the limit allows
-TEST(BadInput, RunningOutOfMemoryEndsWithOneLineAndNoFile) {
+// A cooler of n cells with fixed cell temperatures: large enough to run out of memory under a
+// limit, small enough to solve without one.
+std::string CoolerSheet(int n) {
     std::string cells = "[";
-    for (int i = 0; i < 1000000; ++i) cells += (i ? ", " : "") + std::to_string(300 + i % 97);
+    for (int i = 0; i < n; ++i) cells += (i ? ", " : "") + std::to_string(300 + i % 97);
     cells += "]";
-    ScratchFile sheet("large.json", R"({"globals": {"PI": 3.14}, "blocks": {"COOLER": {"type": "RPLUG_TCOOL", "set": {"NPTS": 1000000,
-        "T_CELL0": {"value": 400, "spec": "Fixed"}, "T_CELL": {"value": )" + cells + R"(, "spec": "Fixed"},
-        "DIAM": {"value": 0.05, "spec": "Fixed"}, "NTUBE": {"value": 500, "spec": "Fixed"}, "L": {"value": 12, "spec": "Fixed"}}}}})");
+    return R"({"globals": {"PI": 3.14}, "blocks": {"COOLER": {"type": "RPLUG_TCOOL", "set": {"NPTS": )" + std::to_string(n) +
+           R"(, "T_CELL0": {"value": 400, "spec": "Fixed"}, "T_CELL": {"value": )" + cells + R"(, "spec": "Fixed"},
+        "DIAM": {"value": 0.05, "spec": "Fixed"}, "NTUBE": {"value": 500, "spec": "Fixed"}, "L": {"value": 12, "spec": "Fixed"}}}}})";
+}
+
+TEST(BadInput, RunningOutOfMemoryEndsWithOneLineAndNoFile) {
+    ScratchFile sheet("large.json", CoolerSheet(1000000));
     const std::string csv = sheet.Path() + ".csv";
     // The memory guard is lifted so that the allocations themselves fail.
     const CommandResult r = RunHost("solve " + sheet.Path() + " --no-log --max-unknowns 100000000 --csv " + csv, "ulimit -v 300000; ");
@@ -134,12 +140,7 @@ TEST(BadInput, RunningOutOfMemoryEndsWithOneLineAndNoFile) {
 // the linear solver, the output), the run either succeeds or stops with the one line, never
 // with a solve called failed and its results written.
 TEST(BadInput, EveryLimitOfMemoryEitherSolvesOrEndsWithOneLine) {
-    std::string cells = "[";
-    for (int i = 0; i < 300000; ++i) cells += (i ? ", " : "") + std::to_string(300 + i % 97);
-    cells += "]";
-    ScratchFile sheet("limits.json", R"({"globals": {"PI": 3.14}, "blocks": {"COOLER": {"type": "RPLUG_TCOOL", "set": {"NPTS": 300000,
-        "T_CELL0": {"value": 400, "spec": "Fixed"}, "T_CELL": {"value": )" + cells + R"(, "spec": "Fixed"},
-        "DIAM": {"value": 0.05, "spec": "Fixed"}, "NTUBE": {"value": 500, "spec": "Fixed"}, "L": {"value": 12, "spec": "Fixed"}}}}})");
+    ScratchFile sheet("limits.json", CoolerSheet(300000));
     for (int limit = 100000; limit <= 250000; limit += 25000) {
         const CommandResult r = RunHost("solve " + sheet.Path() + " --json --no-log --max-unknowns 100000000",
                                         "ulimit -v " + std::to_string(limit) + "; ");

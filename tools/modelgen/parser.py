@@ -51,6 +51,21 @@ class Parser:
         self.i += 1
         return t
 
+    def expect_integer(self, message):
+        """A whole number that is not negative ("mode 5", "pass 1", "[3]"); fails with message."""
+        if self.tok.kind != "NUMBER" or not self.tok.text.isdigit():
+            self.fail(message)
+        value = int(self.tok.text)
+        self.i += 1
+        return value
+
+    def keyword_integer(self, keyword, message):
+        """The integer after an optional keyword, or None when the keyword is not there."""
+        if self.tok.kind != "NAME" or self.tok.text != keyword:
+            return None
+        self.i += 1
+        return self.expect_integer(message)
+
     def expect_newline(self):
         if self.tok.kind != "NEWLINE":
             self.fail(f"expected the end of the line, found {self.describe(self.tok)}")
@@ -191,10 +206,7 @@ class Parser:
             if what == "description":
                 p.description = t.text
             elif what == "flags":
-                if self.tok.kind != "NUMBER" or not self.tok.text.isdigit():
-                    self.fail("expected the registration flags as an integer")
-                p.flags = int(self.tok.text)
-                self.i += 1
+                p.flags = self.expect_integer("expected the registration flags as an integer")
             else:
                 p.default = self.expression()
         self.expect_newline()
@@ -313,13 +325,7 @@ class Parser:
                 proc = self.expect_name("a procedure name").text
                 self.expect("(", "'(' and the inputs")
                 inputs = self.arguments(")")
-                mode = 0
-                if self.tok.kind == "NAME" and self.tok.text == "mode":
-                    self.i += 1
-                    if self.tok.kind != "NUMBER" or not self.tok.text.isdigit():
-                        self.fail("expected the procedure's mode as an integer")
-                    mode = int(self.tok.text)
-                    self.i += 1
+                mode = self.keyword_integer("mode", "expected the procedure's mode as an integer") or 0
                 self.expect_newline()
                 return S.Call(t, label, outputs, proc, inputs, mode)
             left = self.expression()
@@ -332,10 +338,7 @@ class Parser:
         ordinal = None
         if self.at("["):
             self.i += 1
-            if self.tok.kind != "NUMBER" or not self.tok.text.isdigit():
-                self.fail("expected a statement number")
-            ordinal = int(self.tok.text)
-            self.i += 1
+            ordinal = self.expect_integer("expected a statement number")
             self.expect("]")
         t = self.tok
         target = self.postfix()
@@ -343,13 +346,7 @@ class Parser:
             self.fail("assignments are written with ':=' ('=' is for equations)")
         self.expect(":=", "':='")
         value = self.expression()
-        pass_no = None
-        if self.tok.kind == "NAME" and self.tok.text == "pass":
-            self.i += 1
-            if self.tok.kind != "NUMBER" or not self.tok.text.isdigit():
-                self.fail("expected the pass as an integer (pass 0, pass 1)")
-            pass_no = int(self.tok.text)
-            self.i += 1
+        pass_no = self.keyword_integer("pass", "expected the pass as an integer (pass 0, pass 1)")
         self.expect_newline()
         return S.Assign(t, target, value, ordinal, pass_no)
 

@@ -1,4 +1,5 @@
 #include "zorexp/text.hpp"
+#include "zorexp/utf8_encoding.hpp"
 
 #include <cctype>
 #include <cstdlib>
@@ -9,6 +10,24 @@ int Lower(char c) { return std::tolower(static_cast<unsigned char>(c)); }
 }
 
 bool VX_EqualCI(const char* a, const char* b) { return SUValue::CompareCI(a, b) == 0; }
+
+void VX_AppendUtf8(std::string& out, char32_t cp) {
+    if (cp < 0x80) {
+        out += static_cast<char>(cp);
+    } else if (cp < 0x800) {
+        out += static_cast<char>(0xC0 | (cp >> 6));
+        out += static_cast<char>(0x80 | (cp & 0x3F));
+    } else if (cp < 0x10000) {
+        out += static_cast<char>(0xE0 | (cp >> 12));
+        out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (cp & 0x3F));
+    } else {
+        out += static_cast<char>(0xF0 | (cp >> 18));
+        out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
+        out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (cp & 0x3F));
+    }
+}
 
 std::size_t VX_Utf8Length(std::string_view text, std::size_t at) {
     auto byte = [&](std::size_t k) { return at + k < text.size() ? static_cast<unsigned char>(text[at + k]) : 0u; };
